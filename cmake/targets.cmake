@@ -1,0 +1,55 @@
+# Compiler settings and the two helpers that every folder's CMakeLists uses.
+
+add_library(project_warnings INTERFACE)
+target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+
+if(LODEX_SANITIZE)
+  add_compile_options(-fsanitize=${LODEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
+  add_link_options(-fsanitize=${LODEX_SANITIZE})
+endif()
+
+# project_library(NAME [QT] [LINK targets...] [PUBLIC_LINK targets...])
+# A shared library of all sources of the current folder and of its verbs/. A new source file is found by itself.
+function(project_library NAME)
+  cmake_parse_arguments(ARG "QT" "" "LINK;PUBLIC_LINK" ${ARGN})
+  file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h
+       ${CMAKE_CURRENT_SOURCE_DIR}/verbs/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/verbs/*.h
+       ${CMAKE_CURRENT_SOURCE_DIR}/*.qrc)
+  add_library(${NAME} SHARED ${SOURCES})
+  target_link_libraries(${NAME} PUBLIC host ${ARG_PUBLIC_LINK} PRIVATE project_warnings ${ARG_LINK})
+  if(ARG_QT)
+    set_target_properties(${NAME} PROPERTIES AUTOMOC ON AUTORCC ON)
+    target_link_libraries(${NAME} PUBLIC Qt6::Widgets)
+    target_precompile_headers(${NAME} PRIVATE <QtWidgets/QtWidgets>)
+  endif()
+endfunction()
+
+# project_test(NAME [QT] [LINK targets...])
+# One test program of all sources of the current folder; a Qt one runs without a display.
+function(project_test NAME)
+  cmake_parse_arguments(ARG "QT" "" "LINK" ${ARGN})
+  file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  add_executable(${NAME} ${SOURCES})
+  target_link_libraries(${NAME} PRIVATE project_warnings test_support ${ARG_LINK})
+  if(ARG_QT)
+    set_target_properties(${NAME} PROPERTIES AUTOMOC ON)
+    target_link_libraries(${NAME} PRIVATE qt_test_main)
+    target_precompile_headers(${NAME} PRIVATE <QtWidgets/QtWidgets> <gtest/gtest.h>)
+  else()
+    target_link_libraries(${NAME} PRIVATE GTest::gtest_main)
+  endif()
+  add_test(NAME ${NAME} COMMAND ${NAME})
+  set_tests_properties(${NAME} PROPERTIES TIMEOUT 600 ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
+# module_part(NAME)
+# Objects of all sources of the current folder for the module; they see host/ and Qt, nothing of the embedded host.
+function(module_part NAME)
+  file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  add_library(${NAME} OBJECT ${SOURCES})
+  target_include_directories(${NAME} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${NAME} PUBLIC host Qt6::Widgets PRIVATE project_warnings)
+  set_target_properties(${NAME} PROPERTIES AUTOMOC ON)
+  target_precompile_headers(${NAME} PRIVATE <QtWidgets/QtWidgets>)
+endfunction()

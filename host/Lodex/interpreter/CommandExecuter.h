@@ -1,0 +1,34 @@
+#pragma once
+
+#include <Lodex/utils/Action.h>
+
+#include <sstream>
+
+namespace Lodex {
+
+/// Runs command text. The text of a stream ends at its first NUL character.
+class CommandExecuter {
+public:
+    virtual ~CommandExecuter() = default;
+    /// Parses the whole text, then runs its statements in order until one fails. `after`, when not null, is executed once
+    /// the text has run, whatever the outcome. True when every statement succeeded; failures are in the log.
+    virtual bool run_cmd(std::ostringstream& command, Action* after) = 0;
+};
+
+class CommandLib {
+public:
+    [[nodiscard]] static CommandLib* instance();
+
+    virtual ~CommandLib() = default;
+    /// Never null; owned by the library.
+    [[nodiscard]] virtual CommandExecuter* cmd_executer() = 0;
+};
+
+/// Runs command text as if the user had typed it.
+class CommandExecuterAction {
+public:
+    /// As CommandExecuter::run_cmd() without an action to follow.
+    static bool execute(std::ostringstream& command);
+};
+
+} // namespace Lodex
