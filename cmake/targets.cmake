@@ -1,6 +1,9 @@
 # Compiler settings and the two helpers that every folder's CMakeLists uses.
 
 add_library(project_warnings INTERFACE)
+# Libraries register verbs and formats when they are loaded, so none may be dropped for want of a symbol in use.
+add_link_options(-Wl,--no-as-needed)
+
 target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
 
 if(LODEX_SANITIZE)

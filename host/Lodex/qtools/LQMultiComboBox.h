@@ -29,6 +29,8 @@ public:
 
     /// Inserts before index; -1 appends. Selects nothing.
     void insertItem(const QString& text, int index = -1);
+    /// Removes one entry; a selected one leaves no other selected in its place. Out of range does nothing.
+    void removeItem(int index);
     /// Removes all entries and the selection.
     void clear();
 
@@ -52,9 +54,17 @@ protected:
 private:
     void toggle(int index);
     void selectionTouched();
+    void currentIndexTouched();
+    void mark(int index, bool selected);
+    void followFirstSelected();
+    [[nodiscard]] QString shownText() const;
 
     bool multi_ = false;
     int refilling_ = 0;
+    bool signals_were_blocked_ = false;
+    bool pressed_in_popup_ = false;
+    int former_index_ = -1;
+    QString former_text_;
     QStringList last_selection_;
 };
 

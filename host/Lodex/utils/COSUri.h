@@ -9,7 +9,8 @@ namespace Lodex {
 
 /// Address of an object of the host or of an item of one: "lodex:SGrid/Reek/property/PORO". Path components are separated
 /// by "/"; "%" and two hexadecimal digits stand for any byte, so names may hold "/" and blanks. A text without a scheme is
-/// a path of its own; a plain name is a path of one component.
+/// a path of its own; a plain name is a path of one component, also one with a ":", since a scheme other than "lodex"
+/// counts only where a "/" follows. Empty components are left out.
 class COSUri {
 public:
     COSUri() = default;

@@ -25,7 +25,8 @@ public:
     virtual void add(const CString& domain, std::unique_ptr<Factory> factory) = 0;
     /// The factory whose path is `name` or ends in "/name"; null when there is none. Owned by the registry.
     [[nodiscard]] virtual Factory* find(const CString& domain, const CString& name) const = 0;
-    /// Paths registered in the domain under a family ("family/"); all of the domain when family is empty.
+    /// Paths registered in the domain under a family ("family/"); all of the domain when family is empty. The list is
+    /// cleared first.
     virtual void list(const CString& domain, const CString& family, COSNameList& paths) const = 0;
 };
 

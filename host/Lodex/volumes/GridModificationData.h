@@ -4,6 +4,8 @@
 #include <Lodex/volumes/UGridIndex3d.h>
 
 #include <algorithm>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace Lodex {
@@ -26,12 +28,18 @@ public:
         if (first < 1 || last < first || step < 1 || std::ranges::find(modifications_, modification) != modifications_.end())
             return false;
         modifications_.push_back(modification);
+        if (listener_)
+            listener_(modification);
         return true;
     }
     [[nodiscard]] const std::vector<Modification>& modifications() const { return modifications_; }
 
+    /// Called with each modification that is added from then on.
+    void set_listener(std::function<void(const Modification&)> listener) { listener_ = std::move(listener); }
+
 private:
     std::vector<Modification> modifications_;
+    std::function<void(const Modification&)> listener_;
 };
 
 /// How an axis of a coarse grid was refined.

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "lodex/utils/Errors.h"
+
 #include <Lodex/volumes/LayerInfo.h>
 #include <Lodex/volumes/RealArray.h>
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -51,7 +51,7 @@ struct RegionData {
 struct LayerData {
     std::string unit;
     std::int64_t nb_k_cells = 0;
-    float cell_thickness = 0;        ///< project vertical unit
+    float cell_thickness = 0;        ///< in the unit of the grid's depths
     Lodex::LayerInfo::LayeringStyle style = Lodex::LayerInfo::Proportional;
 };
 
@@ -127,19 +127,5 @@ struct GridModel {
 
 /// A number that no other grid of this process has had.
 [[nodiscard]] std::uint64_t next_grid_id();
-
-/// Progress of a long loop and the user's wish to stop it. Called now and then from the thread that runs the command;
-/// returns false when the work shall stop. `done` runs from 0 to 1.
-using ProgressCheck = std::function<bool(double done)>;
-
-/// Thrown by an operator or reader whose ProgressCheck answered false.
-struct Cancelled {
-};
-
-/// Thrown when input does not fit; what() is the whole message for the user.
-class ModelError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 } // namespace lodex

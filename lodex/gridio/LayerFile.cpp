@@ -1,0 +1,118 @@
+#include "LayerFile.h"
+
+#include "FileError.h"
+#include "lodex/utils/Numbers.h"
+
+#include <cctype>
+#include <fstream>
+#include <optional>
+#include <string_view>
+
+namespace lodex {
+
+namespace {
+
+/// Walks one line.
+class LineReader {
+public:
+    explicit LineReader(std::string_view line) : line_(line) {}
+
+    void skip_blanks()
+    {
+        while (at_ < line_.size() && std::isspace(static_cast<unsigned char>(line_[at_])))
+            ++at_;
+    }
+    [[nodiscard]] bool at_end() const { return at_ >= line_.size(); }
+
+    /// The unit's name; empty when there is none.
+    std::string name()
+    {
+        skip_blanks();
+        if (at_end())
+            return {};
+        const char quote = line_[at_];
+        if (quote == '\'' || quote == '"') {
+            const std::size_t close = line_.find(quote, at_ + 1);
+            if (close == std::string_view::npos)
+                return {};
+            const std::string text(line_.substr(at_ + 1, close - at_ - 1));
+            at_ = close + 1;
+            return text;
+        }
+        // A name without quotes may hold digits ("Zone 2"): it ends before the last "number - number" of the line.
+        std::size_t dash = line_.rfind('-');
+        if (dash == std::string_view::npos || dash < at_)
+            return {};
+        std::size_t end = dash;
+        while (end > at_ && std::isspace(static_cast<unsigned char>(line_[end - 1])))
+            --end;
+        while (end > at_ && std::isdigit(static_cast<unsigned char>(line_[end - 1])))
+            --end;
+        std::string text(line_.substr(at_, end - at_));
+        at_ = end;
+        while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
+            text.pop_back();
+        return text;
+    }
+
+    std::optional<long> number()
+    {
+        skip_blanks();
+        const std::size_t start = at_;
+        while (!at_end() && std::isdigit(static_cast<unsigned char>(line_[at_])))
+            ++at_;
+        return parse_long(line_.substr(start, at_ - start));
+    }
+
+    bool dash()
+    {
+        skip_blanks();
+        if (at_end() || line_[at_] != '-')
+            return false;
+        ++at_;
+        return true;
+    }
+
+private:
+    std::string_view line_;
+    std::size_t at_ = 0;
+};
+
+} // namespace
+
+LayerFile read_layer_file(const std::filesystem::path& path)
+{
+    std::ifstream in(path);
+    if (!in || std::filesystem::is_directory(path))
+        throw FileError(path.string(), 0, "cannot be read");
+    LayerFile result;
+    long next = 1;
+    std::int64_t number = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++number;
+        std::string_view text(line);
+        text = text.substr(0, std::min(text.find("--"), text.find('#')));
+        LineReader reader(text);
+        reader.skip_blanks();
+        if (reader.at_end())
+            continue;
+        const std::string unit = to_utf8(reader.name());
+        const auto first = reader.number();
+        const bool dash = reader.dash();
+        const auto last = reader.number();
+        if (unit.empty() || !first || !dash || !last)
+            throw FileError(path.string(), number, "expected a unit and its K layers, such as 'Upper' 1 - 5");
+        if (*first != next || *last < *first) {
+            throw FileError(path.string(), number, "the K layers are " + std::to_string(*first) + " - " + std::to_string(*last) +
+                                                       "; expected a range that begins at " + std::to_string(next));
+        }
+        result.units.push_back(unit);
+        result.sizes.push_back(*last - *first + 1);
+        next = *last + 1;
+    }
+    if (result.units.empty())
+        throw FileError(path.string(), 0, "holds no units");
+    return result;
+}
+
+} // namespace lodex

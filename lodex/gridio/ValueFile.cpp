@@ -1,0 +1,140 @@
+#include "ValueFile.h"
+
+#include "FileError.h"
+#include "lodex/utils/Numbers.h"
+
+#include <algorithm>
+#include <bit>
+#include <cctype>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+namespace lodex {
+
+namespace {
+
+constexpr std::size_t block_size = 1 << 20;
+
+bool is_text(std::string_view head)
+{
+    return std::ranges::all_of(head, [](unsigned char c) { return c >= 0x20 ? c < 0x7f : std::isspace(c) != 0; });
+}
+
+double from_little_endian(const char* bytes)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, bytes, sizeof bits);
+    if constexpr (std::endian::native == std::endian::big)
+        bits = __builtin_bswap64(bits);
+    return std::bit_cast<double>(bits);
+}
+
+std::string counts_differ(std::int64_t found, bool more, std::int64_t expected)
+{
+    return std::string("holds ") + (more ? "more than " : "") + std::to_string(found) + " values; expected " +
+           std::to_string(expected);
+}
+
+/// Hands out the words of a text stream with their line, block by block.
+class Words {
+public:
+    explicit Words(std::ifstream& in) : in_(in) {}
+
+    bool next(std::string& word)
+    {
+        word.clear();
+        for (;;) {
+            if (at_ == block_.size() && !refill())
+                return !word.empty();
+            const char c = block_[at_++];
+            if (!std::isspace(static_cast<unsigned char>(c))) {
+                if (word.empty())
+                    word_line_ = line_;
+                word += c;
+                continue;
+            }
+            line_ += c == '\n';
+            if (!word.empty())
+                return true;
+        }
+    }
+    [[nodiscard]] std::int64_t line() const { return word_line_; }
+    [[nodiscard]] std::uint64_t bytes_read() const { return bytes_; }
+
+private:
+    bool refill()
+    {
+        block_.resize(block_size);
+        in_.read(block_.data(), static_cast<std::streamsize>(block_.size()));
+        block_.resize(static_cast<std::size_t>(in_.gcount()));
+        bytes_ += block_.size();
+        at_ = 0;
+        return !block_.empty();
+    }
+
+    std::ifstream& in_;
+    std::string block_;
+    std::size_t at_ = 0;
+    std::int64_t line_ = 1, word_line_ = 1;
+    std::uint64_t bytes_ = 0;
+};
+
+} // namespace
+
+std::vector<double> read_values(const std::filesystem::path& path, std::int64_t count, const ProgressCheck& progress)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::error_code error;
+    const std::uintmax_t bytes = std::filesystem::file_size(path, error);
+    if (!in || error)
+        throw FileError(path.string(), 0, "cannot be read");
+    std::string head(static_cast<std::size_t>(std::min<std::uintmax_t>(bytes, 4096)), '\0');
+    in.read(head.data(), static_cast<std::streamsize>(head.size()));
+    in.clear();
+    in.seekg(0);
+
+    const auto check = [&](std::uintmax_t done) {
+        if (progress && !progress(static_cast<double>(done) / static_cast<double>(std::max<std::uintmax_t>(bytes, 1))))
+            throw Cancelled{};
+    };
+    std::vector<double> values;
+    if (!is_text(head)) {
+        if (bytes != static_cast<std::uintmax_t>(count) * sizeof(double)) {
+            throw FileError(path.string(), 0, "holds " + std::to_string(bytes) + " bytes; expected " + std::to_string(count) +
+                                                  " doubles of 8 bytes");
+        }
+        values.reserve(static_cast<std::size_t>(count));
+        std::vector<char> block(block_size);
+        while (values.size() < static_cast<std::size_t>(count)) {
+            in.read(block.data(), static_cast<std::streamsize>(block.size()));
+            const auto got = static_cast<std::size_t>(in.gcount()) / sizeof(double);
+            if (got == 0)
+                throw FileError(path.string(), 0, "ends early");
+            for (std::size_t i = 0; i < got; ++i)
+                values.push_back(from_little_endian(block.data() + i * sizeof(double)));
+            check(values.size() * sizeof(double));
+        }
+        return values;
+    }
+
+    Words words(in);
+    std::string word;
+    constexpr std::size_t values_per_check = 1 << 16;
+    while (words.next(word)) {
+        const auto number = parse_double(word, NonFinite::Accept);
+        if (!number || std::isinf(*number))
+            throw FileError(path.string(), words.line(), "\"" + to_utf8(word.substr(0, 40)) + "\" is no finite number");
+        if (values.size() == static_cast<std::size_t>(count))
+            throw FileError(path.string(), words.line(), counts_differ(count, true, count));
+        values.push_back(*number);
+        if (values.size() % values_per_check == 0)
+            check(words.bytes_read());
+    }
+    if (values.size() != static_cast<std::size_t>(count))
+        throw FileError(path.string(), 0, counts_differ(static_cast<std::int64_t>(values.size()), false, count));
+    return values;
+}
+
+} // namespace lodex

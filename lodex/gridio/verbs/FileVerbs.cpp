@@ -1,0 +1,213 @@
+// Verbs that read and write grid files.
+
+#include "lodex/gridio/GridFormat.h"
+#include "lodex/gridio/LayerFile.h"
+#include "lodex/gridio/ValueFile.h"
+#include "lodex/interpreter/Lists.h"
+#include "lodex/utils/Names.h"
+#include "lodex/volumes/model/Layering.h"
+#include "lodex/volumes/verbs/VerbTools.h"
+
+#include <algorithm>
+#include <set>
+
+namespace lodex {
+
+namespace {
+
+std::string line_of(const Message& message)
+{
+    std::string text = message.file;
+    if (message.line > 0)
+        text += ":" + std::to_string(message.line);
+    return text.empty() ? message.text : text + ": " + message.text;
+}
+
+void pass_on(Call& call, const std::vector<Message>& messages)
+{
+    for (const Message& message : messages) {
+        if (message.level == Message::Level::Warning)
+            call.warn(line_of(message));
+        else
+            call.info(line_of(message));
+    }
+}
+
+/// Makes the names that came in with a file legal and unique among their kind.
+template <class Item> void mend_names(Call& call, std::vector<Item>& items, std::string Item::*name, const std::string& what,
+                                      bool unique = true)
+{
+    std::set<std::string> taken;
+    for (Item& item : items) {
+        const std::string former = item.*name;
+        std::string mended = mend_object_name(former);
+        for (int n = 2; unique && taken.contains(mended); ++n)
+            mended = mend_object_name(former) + "_" + std::to_string(n);
+        taken.insert(mended);
+        if (mended != former)
+            call.warn("the " + what + " \"" + former + "\" is named \"" + mended + "\"");
+        item.*name = mended;
+    }
+}
+
+void mend_names(Call& call, GridModel& model)
+{
+    mend_names(call, model.properties, &PropertyData::name, "property");
+    mend_names(call, model.regions, &RegionData::name, "region");
+    mend_names(call, model.layers, &LayerData::unit, "unit", false);
+}
+
+void import_grid(Call& call)
+{
+    const std::string path = call.text("file");
+    ReadResult read = at_keyword(call, "file", [&] {
+        ReadOptions options;
+        options.progress = call.progress_check();
+        return GridFormats::for_reading(path).read(path, options);
+    });
+    pass_on(call, read.messages);
+    mend_names(call, read.model);
+    const CornerPointGrid* grid = at_keyword(call, "file", [&] { return add_grid(call.text("name"), std::move(read.model)); });
+    const GridModel& model = grid->model();
+    const auto active = std::ranges::count(model.active, 1);
+    call.count("cells", static_cast<double>(model.cells()));
+    call.count("active_cells", static_cast<double>(active));
+    call.count("properties", static_cast<double>(model.properties.size()));
+    call.count("bytes", static_cast<double>(read.bytes));
+    call.info("SGrid \"" + grid->name().str() + "\": " + size_text(model.size) + " cells, " + std::to_string(active) +
+              " active, " + std::to_string(model.properties.size()) + " properties");
+}
+
+void import_properties(Call& call)
+{
+    CornerPointGrid& grid = grid_of(call);
+    const std::string path = call.text("file");
+    ReadResult read = at_keyword(call, "file", [&] {
+        ReadOptions options;
+        options.progress = call.progress_check();
+        options.properties_only = true;
+        options.size = grid.model().size;
+        return GridFormats::for_reading(path).read(path, options);
+    });
+    if (read.model.properties.empty() && read.model.faults.empty())
+        call.fail(path + ": holds no properties for a grid of " + size_text(grid.model().size) + " cells", "file");
+    pass_on(call, read.messages);
+    mend_names(call, read.model);
+    call.count("properties", static_cast<double>(read.model.properties.size()));
+    call.count("fault_segments", static_cast<double>(read.model.faults.size()));
+    grid.change([&](GridModel& model) {
+        for (PropertyData& property : read.model.properties) {
+            const auto it = std::ranges::find(model.properties, property.name, &PropertyData::name);
+            if (it != model.properties.end())
+                *it = std::move(property);
+            else
+                model.properties.push_back(std::move(property));
+        }
+        std::ranges::move(read.model.faults, std::back_inserter(model.faults));
+    });
+}
+
+void export_grid(Call& call)
+{
+    const std::string path = call.text("file");
+    const CornerPointGrid& grid = grid_of(call, "sgrid");
+    const WriteResult written = at_keyword(call, "file", [&] {
+        WriteOptions options;
+        options.progress = call.progress_check();
+        options.run_lengths = call.flag("run_lengths");
+        return GridFormats::for_writing(path, call.text("format")).write(grid.model(), path, options);
+    });
+    pass_on(call, written.messages);
+    call.count("bytes", static_cast<double>(written.bytes));
+    call.info("SGrid \"" + grid.name().str() + "\" written to " + path);
+}
+
+void set_property_from_file(Call& call)
+{
+    CornerPointGrid& grid = grid_of(call);
+    PropertyData property;
+    property.name = call.text("property");
+    property.values = at_keyword(call, "file", [&] {
+        return read_values(call.text("file"), grid.model().cells(), call.progress_check());
+    });
+    call.count("cells", static_cast<double>(grid.model().cells()));
+    set_property(grid, std::move(property));
+}
+
+void set_layers(Call& call)
+{
+    CornerPointGrid& grid = grid_of(call);
+    const int sources = int{call.has("units") || call.has("sizes")} + int{call.has("property")} + int{call.has("file")};
+    if (sources != 1)
+        call.fail("set_layers takes \"units\" and \"sizes\", or \"property\", or \"file\"");
+    std::vector<LayerData> layers;
+    const auto from_sizes = [&](std::vector<std::string> units, const std::vector<std::int64_t>& sizes, std::string_view keyword) {
+        for (const std::string& unit : units) {
+            if (const auto problem = check_object_name(unit))
+                call.fail("\"" + unit + "\" cannot be a unit: " + *problem, keyword);
+        }
+        return at_keyword(call, keyword, [&] { return layers_from_sizes(grid.model(), units, sizes); });
+    };
+    if (call.has("property")) {
+        (void)property_of(call, "property", grid.model());
+        layers = at_keyword(call, "property", [&] { return layers_from_property(grid.model(), call.text("property")); });
+    } else if (call.has("file")) {
+        const LayerFile file = at_keyword(call, "file", [&] { return read_layer_file(call.text("file")); });
+        layers = from_sizes(file.units, file.sizes, "file");
+    } else {
+        const std::vector<long> sizes = call.integers("sizes");
+        layers = from_sizes(split_joined(call.text("units")), {sizes.begin(), sizes.end()}, "sizes");
+    }
+    call.count("layers", static_cast<double>(layers.size()));
+    grid.change([&](GridModel& model) {
+        model.layers = std::move(layers);
+    });
+}
+
+const VerbRegistration import_registration{
+    {.name = "import",
+     .summary = "Reads a grid with all its properties from a file; the format is told by the content.",
+     .keywords = {{.name = "file", .kind = ValueKind::Path, .meaning = "the file", .required = true},
+                  {.name = "name", .kind = ValueKind::NewName, .meaning = "the new grid", .required = true}},
+     .run = import_grid}};
+
+const VerbRegistration properties_registration{
+    {.name = "import_properties",
+     .object_type = "SGrid",
+     .summary = "Reads properties and faults for a grid that is there; properties of the same names are replaced.",
+     .keywords = {{.name = "file", .kind = ValueKind::Path, .meaning = "the file", .required = true}},
+     .run = import_properties}};
+
+const VerbRegistration export_registration{
+    {.name = "export",
+     .summary = "Writes a grid with all its properties to a file.",
+     .keywords = {{.name = "sgrid", .kind = ValueKind::Object, .meaning = "the grid", .required = true, .object_type = "SGrid"},
+                  {.name = "file", .kind = ValueKind::Path, .meaning = "the file", .required = true},
+                  {.name = "format", .kind = ValueKind::Text, .meaning = "name of the format; absent: by the file's ending"},
+                  {.name = "run_lengths", .kind = ValueKind::Flag, .meaning = "whether equal values are written as n*v",
+                   .default_value = "0"}},
+     .run = export_grid}};
+
+const VerbRegistration set_property_registration{
+    {.name = "set_property",
+     .object_type = "SGrid",
+     .summary = "Sets a property to the values of a file: one per cell, I fastest, as text or raw little-endian doubles.",
+     .keywords = {{.name = "property", .kind = ValueKind::ItemName, .meaning = "the property, made when it is not there",
+                   .required = true, .positional = true},
+                  {.name = "file", .kind = ValueKind::Path, .meaning = "the file", .required = true}},
+     .run = set_property_from_file}};
+
+const VerbRegistration layers_registration{
+    {.name = "set_layers",
+     .object_type = "SGrid",
+     .summary = "Sets the stratigraphic units along K; former ones are replaced.",
+     .keywords = {{.name = "units", .kind = ValueKind::NameList, .meaning = "names from top to bottom, joined by +"},
+                  {.name = "sizes", .kind = ValueKind::IntegerList, .meaning = "numbers of K layers of the units", .min = 1},
+                  {.name = "property", .kind = ValueKind::Text,
+                   .meaning = "discrete property that is constant on each K layer, one unit per run of a code"},
+                  {.name = "file", .kind = ValueKind::Path, .meaning = "layer name file: a unit and its K layers a line"}},
+     .run = set_layers}};
+
+} // namespace
+
+} // namespace lodex

@@ -1,0 +1,167 @@
+#include "Interpreter.h"
+
+#include "StatementBinder.h"
+
+#include <Lodex/utils/Logger.h>
+#include <Lodex/utils/ProgressTracer.h>
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+
+namespace lodex {
+
+namespace {
+
+class TracerTarget : public Call::ProgressTarget {
+public:
+    explicit TracerTarget(const std::string& title) : tracer_(title) {}
+    bool set_done(double done) override { return tracer_.set_done(done); }
+
+private:
+    Lodex::ProgressTracer tracer_;
+};
+
+std::string place(const RunOptions& options, TextPosition position)
+{
+    const std::string numbers = std::to_string(position.line) + ":" + std::to_string(position.column);
+    return options.source.empty() ? numbers : options.source + ":" + numbers;
+}
+
+std::string failure_text(const RunOptions& options, TextPosition position, const std::string& message,
+                         const std::string& statement)
+{
+    std::string text = place(options, position) + ": " + message;
+    if (!statement.empty())
+        text += "\n  in: " + statement;
+    return text;
+}
+
+class BusyMark {
+public:
+    explicit BusyMark(bool& busy) : busy_(busy) { busy_ = true; }
+    ~BusyMark() { busy_ = false; }
+    BusyMark(const BusyMark&) = delete;
+    BusyMark& operator=(const BusyMark&) = delete;
+
+private:
+    bool& busy_;
+};
+
+} // namespace
+
+Interpreter& Interpreter::instance()
+{
+    static Interpreter interpreter;
+    return interpreter;
+}
+
+std::vector<StatementResult> Interpreter::run(std::string_view submission, const RunOptions& options)
+{
+    const std::string text(submission.substr(0, submission.find('\0')));
+    if (listener_)
+        listener_(text);
+
+    std::vector<StatementResult> results;
+    const auto refuse = [&](TextPosition position, const std::string& message, const std::string& statement) {
+        StatementResult result;
+        result.text = statement;
+        result.position = position;
+        result.status = StatementStatus::Failed;
+        result.message = failure_text(options, position, message, statement);
+        Lodex::Logger::log(Lodex::LogLevel::Error, result.message + "\n");
+        results.push_back(std::move(result));
+        return results;
+    };
+
+    if (busy_)
+        return refuse({}, "another command is still running", {});
+    const BusyMark mark(busy_);
+
+    std::vector<Statement> statements;
+    try {
+        statements = parse_statements(text);
+    } catch (const CommandError& error) {
+        return refuse(error.position(), error.what(), {});
+    }
+    for (const Statement& statement : statements) {
+        try {
+            check_statement(statement);
+        } catch (const CommandError& error) {
+            return refuse(error.has_position() ? error.position() : statement.position, error.what(), statement.text);
+        }
+    }
+
+    bool stopped = false;
+    for (const Statement& statement : statements) {
+        if (stopped) {
+            StatementResult skipped;
+            skipped.text = statement.text;
+            skipped.position = statement.position;
+            results.push_back(std::move(skipped));
+            continue;
+        }
+        results.push_back(run_statement(statement, options));
+        stopped = results.back().status != StatementStatus::Done && !options.keep_going;
+    }
+    return results;
+}
+
+StatementResult Interpreter::run_statement(const Statement& statement, const RunOptions& options)
+{
+    StatementResult result;
+    result.text = statement.text;
+    result.position = statement.position;
+    const auto start = std::chrono::steady_clock::now();
+
+    const auto failed = [&](TextPosition position, const std::string& message) {
+        result.status = StatementStatus::Failed;
+        result.message = failure_text(options, position, message, statement.text);
+        Lodex::Logger::log(Lodex::LogLevel::Error, result.message + "\n");
+    };
+
+    try {
+        Call call = bind_statement(statement);
+        TracerTarget progress(call.verb().name);
+        call.set_progress_target(&progress);
+        call.verb().run(call);
+        result.status = StatementStatus::Done;
+        result.counts = call.counts();
+        result.warnings = call.warnings();
+        result.answer = call.answer();
+        if (call.verb().journalled)
+            append_to_journal(statement.text);
+    } catch (const CommandError& error) {
+        failed(error.has_position() ? error.position() : statement.position, error.what());
+    } catch (const Cancelled&) {
+        failed(statement.position, "cancelled; nothing was changed");
+        result.status = StatementStatus::Cancelled;
+    } catch (const std::bad_alloc&) {
+        failed(statement.position, "not enough memory; nothing was changed");
+    } catch (const std::exception& error) {
+        failed(statement.position, error.what());
+    }
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return result;
+}
+
+void Interpreter::append_to_journal(const std::string& statement)
+{
+    journal_.push_back(statement);
+    if (journal_listener_)
+        journal_listener_();
+}
+
+void Interpreter::clear_journal()
+{
+    journal_.clear();
+    if (journal_listener_)
+        journal_listener_();
+}
+
+std::string quoted(const std::string& text)
+{
+    return '"' + text + '"';
+}
+
+} // namespace lodex

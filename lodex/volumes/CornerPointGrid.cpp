@@ -1,0 +1,149 @@
+#include "CornerPointGrid.h"
+
+#include "ActivityModel.h"
+#include "GridItems.h"
+#include "lodex/volumes/model/CellGeometry.h"
+
+#include <Lodex/geobase/GeobaseLib.h>
+#include <Lodex/utils/COSNameList.h>
+#include <Lodex/volumes/SGridSubset.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Lodex {
+
+const TypeId& SGrid::static_type_id_()
+{
+    static const TypeId type("SGrid", nullptr);
+    return type;
+}
+
+void SGridSubset::get_property_dimensions(GridObj::PropertyAlignment alignment, long& ni, long& nj, long& nk) const
+{
+    const SGridCube* cube = grid_->cube();
+    const long more = alignment == GridObj::Points ? 0 : 1;
+    ni = cube->nu() - more;
+    nj = cube->nv() - more;
+    nk = cube->nw() - more;
+}
+
+} // namespace Lodex
+
+namespace lodex {
+
+namespace {
+
+GridModel with_id(GridModel model)
+{
+    model.id = next_grid_id();
+    return model;
+}
+
+} // namespace
+
+CornerPointGrid::CornerPointGrid(Lodex::CString name, GridModel model)
+    : SGrid(std::move(name)), model_(with_id(std::move(model))), lattice_(std::make_unique<NodeLattice>(*this)),
+      properties_(std::make_unique<GridProperties>(*this)), activities_(std::make_unique<GridActivityModel>(*this))
+{
+    check_arrays(model_);
+    rebuild();
+}
+
+CornerPointGrid::~CornerPointGrid() = default;
+
+void CornerPointGrid::rebuild()
+{
+    properties_->rebuild();
+    regions_.clear();
+    for (std::size_t i = 0; i < model_.regions.size(); ++i)
+        regions_.push_back(std::make_unique<GridRegion>(*this, i));
+    activities_->rebuild();
+}
+
+void CornerPointGrid::change(const std::function<void(GridModel&)>& f)
+{
+    f(model_);
+    rebuild();
+    notify();
+}
+
+void CornerPointGrid::name_list(const Lodex::CString& key, Lodex::COSNameList& names) const
+{
+    names.clear();
+    if (key == "properties" || key == "properties1d") {
+        for (const PropertyData& property : model_.properties)
+            names.append(property.name);
+    } else if (key == "regions_plus" || key == "regions") {
+        if (key == "regions_plus")
+            names.append("all_regions");
+        for (const RegionData& region : model_.regions)
+            names.append(region.name);
+    } else if (key == "layers") {
+        for (const LayerData& layer : model_.layers)
+            names.append(layer.unit);
+    }
+}
+
+Lodex::Style* CornerPointGrid::style() const
+{
+    return static_cast<Lodex::Style*>(Lodex::GeobaseLib::instance()->find(name(), Lodex::Style::static_type_id_()));
+}
+
+Lodex::SGridCube* CornerPointGrid::cube() const
+{
+    return lattice_.get();
+}
+
+Lodex::SGridActivityModel* CornerPointGrid::sgrid_activity_model() const
+{
+    return activities_->has_content() ? activities_.get() : nullptr;
+}
+
+Lodex::PropertyDB* CornerPointGrid::property_db() const
+{
+    return properties_.get();
+}
+
+int CornerPointGrid::nb_regions() const
+{
+    return static_cast<int>(regions_.size());
+}
+
+Lodex::Region* CornerPointGrid::region(int index) const
+{
+    return index >= 0 && index < nb_regions() ? regions_[static_cast<std::size_t>(index)].get() : nullptr;
+}
+
+Lodex::Region* CornerPointGrid::find_region(const Lodex::CString& name) const
+{
+    const auto it = std::ranges::find_if(regions_, [&](const auto& region) { return region->name() == name; });
+    return it == regions_.end() ? nullptr : it->get();
+}
+
+std::span<const double> CornerPointGrid::bulk_volumes() const
+{
+    if (volumes_.empty())
+        volumes_ = cell_volumes(model_);
+    return volumes_;
+}
+
+CornerPointGrid* add_grid(const std::string& name, GridModel model)
+{
+    auto grid = std::make_unique<CornerPointGrid>(name, std::move(model));
+    CornerPointGrid* raw = grid.get();
+    Lodex::GeobaseLib::instance()->add(std::move(grid));
+    return raw;
+}
+
+CornerPointGrid* find_grid(const std::string& name)
+{
+    return static_cast<CornerPointGrid*>(Lodex::GeobaseLib::instance()->find(name, Lodex::SGrid::static_type_id_()));
+}
+
+CornerPointGrid& as_grid(Lodex::GObj* object)
+{
+    return static_cast<CornerPointGrid&>(*object);
+}
+
+} // namespace lodex

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "GridModel.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace lodex {
+
+/// What a merge carries over besides cells. `ranges` holds for every index of the new grid the index range of the old
+/// one, ascending and without gaps, along each axis.
+
+/// Values of the nodes that stay.
+[[nodiscard]] std::variant<std::vector<float>, std::vector<double>, std::vector<std::int32_t>>
+carried_points(const GridModel& source, const PropertyData& property, std::span<const IndexRange> i_ranges,
+               std::span<const IndexRange> j_ranges, std::span<const IndexRange> k_ranges);
+
+/// Layers with the number of new K cells whose first section lies in them; cell thickness grows in proportion. A range
+/// over two layers and a layer that has lost all its cells are warned of.
+[[nodiscard]] std::vector<LayerData> carried_layers(std::span<const LayerData> layers,
+                                                    std::span<const IndexRange> k_ranges,
+                                                    std::vector<std::string>& warnings);
+
+/// Fault segments in new indices; those whose faces all lie inside merged cells or outside of the grid are counted in
+/// `dropped`. One whose faces stay only in parts becomes several.
+[[nodiscard]] std::vector<FaultSegment> carried_faults(std::span<const FaultSegment> faults, const GridSize& old_size,
+                                                       const std::array<std::vector<IndexRange>, 3>& ranges,
+                                                       std::int64_t& dropped);
+
+/// Number of values in a keyword's text: blanks part them, "n*v" and "n*" count n, comments from "--" to the line's end
+/// do not count, a '/' outside of quotes ends them.
+[[nodiscard]] std::int64_t count_values(std::string_view text);
+
+/// Kept keywords; when the size changes those that hold one value per cell or name cells by index are left out with a
+/// warning each.
+[[nodiscard]] std::vector<KeptKeyword> carried_keywords(const GridModel& source, const GridSize& new_size,
+                                                        std::vector<std::string>& warnings);
+
+} // namespace lodex

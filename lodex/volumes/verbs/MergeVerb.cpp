@@ -1,0 +1,143 @@
+#include "VerbTools.h"
+
+#include "lodex/interpreter/Lists.h"
+#include "lodex/utils/Numbers.h"
+#include "lodex/volumes/model/Merge.h"
+
+#include <Lodex/geobase/Style.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace lodex {
+
+namespace {
+
+constexpr std::array directions{"first axis", "second axis", "vertical"};
+
+std::string percent(double part)
+{
+    return format_general(100 * part, 3) + " %";
+}
+
+/// How much the bulk volume changed, in total and cell by cell.
+void report(Call& call, const std::string& name, const MergeReport& result)
+{
+    const double before = result.bulk_volume_before;
+    const double change = before > 0 ? (result.bulk_volume_after - before) / before : 0;
+    call.count("cells", static_cast<double>(result.size_after[0] * result.size_after[1] * result.size_after[2]));
+    call.count("active_cells", static_cast<double>(result.active_after));
+    call.count("merged_cells", static_cast<double>(result.merged_cells));
+    call.count("bulk_volume_before", before);
+    call.count("bulk_volume_after", result.bulk_volume_after);
+    call.count("total_volume_before", result.total_volume_before);
+    call.count("total_volume_after", result.total_volume_after);
+    call.count("max_relative_cell_difference", result.max_relative_difference);
+    call.count("mean_relative_cell_difference", result.mean_relative_difference);
+    call.count("kept_sections_that_gave_way", static_cast<double>(result.gave_way));
+    call.count("undefined_cells", static_cast<double>(result.undefined));
+
+    call.info("SGrid \"" + name + "\": " + size_text(result.size_before) + " -> " + size_text(result.size_after) + " cells, " +
+              std::to_string(result.active_before) + " -> " + std::to_string(result.active_after) + " active; bulk volume " +
+              format_general(before, 10) + " -> " + format_general(result.bulk_volume_after, 10) + " (" +
+              percent(change) + "), single cells differ by " + percent(result.mean_relative_difference) + " on average, " +
+              percent(result.max_relative_difference) + " at most");
+    if (result.gave_way > 0)
+        call.info(std::to_string(result.gave_way) + " cells took their values from the nearest active section");
+    for (const std::string& warning : result.warnings)
+        call.warn(warning);
+}
+
+MergeRequest read_request(const Call& call, const CornerPointGrid& source)
+{
+    MergeRequest request;
+    request.axis = static_cast<int>(std::ranges::find(directions, call.text("direction")) - directions.begin());
+    request.source_name = source.name().str();
+
+    const std::vector<long> bounds = call.integers("sections");
+    if (bounds.size() % 2 != 0)
+        call.fail("\"sections\" holds " + std::to_string(bounds.size()) + " numbers; expected pairs of first and last", "sections");
+    for (std::size_t i = 0; i < bounds.size(); i += 2)
+        request.sections.push_back({bounds[i], bounds[i + 1]});
+    for (const long section : call.integers("property_sections"))
+        request.property_sections.push_back(section);
+    const std::size_t kept = request.property_sections.size();
+    if (kept > 1 && kept != request.sections.size()) {
+        call.fail("\"property_sections\" holds " + std::to_string(kept) + " numbers for " +
+                      std::to_string(request.sections.size()) + " pairs; expected one for each or one for all",
+                  "property_sections");
+    }
+
+    request.copy_properties = call.flag("copy_properties");
+    request.properties = properties_to_copy(call, "properties", source.model());
+    request.copy_regions = call.flag("copy_regions");
+    request.regions = regions_to_copy(call, "regions", source.model());
+    request.region_mode = static_cast<RegionMode>(call.integer("region_mode"));
+    if (request.region_mode == RegionMode::CellShare || request.region_mode == RegionMode::VolumeShare) {
+        const auto percentile = parse_double(call.text("percentile"));
+        if (!percentile || *percentile < 0 || *percentile > 100)
+            call.fail("\"percentile\" is \"" + call.text("percentile") + "\"; expected 0 to 100", "percentile");
+        request.percentile = *percentile;
+    }
+    request.copy_fault_blocks = call.flag("copy_fb_regions");
+    request.model_info = call.flag("model_info");
+    return request;
+}
+
+void run(Call& call)
+{
+    const CornerPointGrid& source = grid_of(call, "sgrid");
+    const MergeRequest request = read_request(call, source);
+    MergeReport result;
+    GridModel merged = at_keyword(call, "sections", [&] {
+        return merge_sections(source.model(), request, result, call.progress_check());
+    });
+    const std::string name = call.text("name");
+    const CornerPointGrid* grid = add_grid(name, std::move(merged));
+    if (call.flag("copy_style")) {
+        if (const Lodex::Style* style = source.style())
+            grid->style()->copy_attributes(*style);
+    }
+    report(call, name, result);
+}
+
+const VerbRegistration registration{
+    {.name = "sgrid_merge_multiple_sections",
+     .summary = "Makes a grid in which runs of cell sections along one axis are merged into one section each.",
+     .keywords = {{.name = "name", .kind = ValueKind::NewName, .meaning = "the new grid", .required = true},
+                  {.name = "sgrid", .kind = ValueKind::Object, .meaning = "the grid to merge", .required = true,
+                   .object_type = "SGrid"},
+                  {.name = "direction", .kind = ValueKind::Choice, .meaning = "axis along which sections are merged (I, J, K)",
+                   .required = true, .choices = {directions.begin(), directions.end()}},
+                  {.name = "sections", .kind = ValueKind::IntegerList,
+                   .meaning = "pairs of first and last section, 0-based; none makes a plain copy", .required = true,
+                   .may_be_empty = true},
+                  {.name = "copy_properties", .kind = ValueKind::Flag, .meaning = "whether properties pass on",
+                   .default_value = "0"},
+                  {.name = "property_sections", .kind = ValueKind::IntegerList,
+                   .meaning = "section whose values a pair keeps, one for each pair or one for all; -1: the first",
+                   .may_be_empty = true},
+                  {.name = "properties", .kind = ValueKind::NameList, .meaning = "properties to copy; absent: all",
+                   .may_be_empty = true},
+                  {.name = "copy_fb_regions", .kind = ValueKind::Flag,
+                   .meaning = "whether regions of the fault blocks are made", .default_value = "0"},
+                  {.name = "copy_regions", .kind = ValueKind::Flag,
+                   .meaning = "whether user regions pass on; model regions always do", .default_value = "0"},
+                  {.name = "regions", .kind = ValueKind::NameList, .meaning = "regions to copy; absent: all",
+                   .may_be_empty = true},
+                  {.name = "region_mode", .kind = ValueKind::Integer,
+                   .meaning = "when a merged cell is in a region: 0 any of its cells is, 1 share of cells, 2 share of "
+                              "volume, 3 the most frequent region",
+                   .default_value = "0", .min = 0, .max = 3},
+                  {.name = "percentile", .kind = ValueKind::Text, .meaning = "least share in modes 1 and 2, 0 to 100",
+                   .unit = "percent", .default_value = "0"},
+                  {.name = "copy_style", .kind = ValueKind::Flag, .meaning = "whether the grid's style passes on",
+                   .default_value = "0"},
+                  {.name = "model_info", .kind = ValueKind::Flag,
+                   .meaning = "whether K surfaces are laid out anew from the stratigraphic layers", .default_value = "0"}},
+     .run = run}};
+
+} // namespace
+
+} // namespace lodex

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "lodex/interpreter/Verb.h"
+#include "lodex/volumes/CornerPointGrid.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lodex {
+
+/// The grid behind "on SGrid NAME".
+[[nodiscard]] inline CornerPointGrid& grid_of(const Call& call)
+{
+    return as_grid(call.object());
+}
+
+/// The grid that a keyword of kind Object names.
+[[nodiscard]] inline CornerPointGrid& grid_of(const Call& call, std::string_view keyword)
+{
+    return as_grid(call.object_of(keyword));
+}
+
+/// Properties or regions to copy. Nothing: all of them (keyword absent, or a word that means all is in the list).
+[[nodiscard]] std::optional<std::vector<std::string>> properties_to_copy(const Call& call, std::string_view keyword,
+                                                                         const GridModel& model);
+[[nodiscard]] std::optional<std::vector<std::string>> regions_to_copy(const Call& call, std::string_view keyword,
+                                                                      const GridModel& model);
+
+/// Runs f and turns a ModelError into a failure of the statement at the keyword's value.
+template <class F> decltype(auto) at_keyword(const Call& call, std::string_view keyword, F&& f)
+{
+    try {
+        return f();
+    } catch (const ModelError& error) {
+        call.fail(error.what(), keyword);
+    }
+}
+
+/// A property, region or layer of the model, replaced when one of the name is there, else appended.
+void set_property(CornerPointGrid& grid, PropertyData property);
+
+/// The name, or a failure that says that the grid has no such property.
+const PropertyData& property_of(const Call& call, std::string_view keyword, const GridModel& model);
+
+/// "40 x 64 x 14".
+[[nodiscard]] std::string size_text(const GridSize& size);
+
+} // namespace lodex
