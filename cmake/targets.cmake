@@ -4,7 +4,9 @@ add_library(project_warnings INTERFACE)
 # Libraries register verbs and formats when they are loaded, so none may be dropped for want of a symbol in use.
 add_link_options(-Wl,--no-as-needed)
 
-target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+                       -Wno-missing-field-initializers # designated initializers leave the rest at its default on purpose
+                       $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>) # false alarms of GCC 12 on string concatenation
 
 if(LODEX_SANITIZE)
   add_compile_options(-fsanitize=${LODEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)

@@ -13,8 +13,8 @@ namespace Kelvane {
     return on ? '1' : '0';
 }
 
-/// Ends the text with a NUL and hands it to the host's interpreter. Returns what the interpreter says; a dialog has done its
-/// part once the text is sent.
+/// Ends the text with a NUL and hands it to the host's interpreter. Returns what the interpreter says; a dialog has
+/// done its part once the text is sent.
 bool submit_command(std::ostringstream& command);
 
 } // namespace Kelvane

@@ -6,8 +6,9 @@
 
 namespace Kelvane {
 
-/// Deletes a dialog when its shell closes. A shell may close from inside one of the dialog's own slots, so the dialog goes
-/// from the event loop. Executing again, or after the dialog has gone, does nothing; so does destroying the action.
+/// Deletes a dialog when its shell closes. A shell may close from inside one of the dialog's own slots, so the dialog
+/// goes from the event loop. Executing again, or after the dialog has gone, does nothing; so does destroying the
+/// action.
 template <class Dialog> class DeleteAction : public Lodex::Action {
 public:
     explicit DeleteAction(Dialog* dialog) : dialog_(dialog) {}

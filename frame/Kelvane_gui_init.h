@@ -2,8 +2,8 @@
 
 namespace Kelvane {
 
-/// Counts the live users of the module: every source unit while the library is loaded, and every object of this class.
-/// Nothing is set up at the first use or taken down at the last; that is the business of the host's libraries.
+/// Counts the live users of the module: every source unit while the library is loaded, and every object of this
+/// class. Nothing is set up at the first use or taken down at the last; that is the business of the host's libraries.
 class Kelvane_gui_init {
 public:
     Kelvane_gui_init();

@@ -3,17 +3,14 @@
 #include <Lodex/qtools/LQPixmapLib.h>
 
 #include <QBoxLayout>
-#include <QEvent>
 #include <QLabel>
-
-#include <utility>
 
 namespace Kelvane {
 
 namespace {
 
 /// Name of the module's picture in the host's picture library.
-constexpr const char* banner_picture = "sgrid_module";
+constexpr const char* banner_picture = "stratigraphic_modelling";
 
 } // namespace
 
@@ -55,31 +52,9 @@ QPushButton* LQDialogFrame::add_button(QHBoxLayout* row, const char* name, const
     return button;
 }
 
-void LQDialogFrame::watch_close(std::function<bool()> may_close)
-{
-    may_close_ = std::move(may_close);
-    installEventFilter(this);
-}
-
-bool LQDialogFrame::eventFilter(QObject* watched, QEvent* event)
-{
-    if (watched == this && event->type() == QEvent::Close && may_close_) {
-        if (!may_close_()) {
-            event->ignore();
-            return true;
-        }
-        closing_ = true;
-    }
-    return QDialog::eventFilter(watched, event);
-}
-
 void LQDialogFrame::reject()
 {
-    // A dialog rejects itself both on Escape and while its window closes; only the first is a wish to cancel.
-    if (closing_)
-        QDialog::reject();
-    else
-        emit cancelled();
+    emit cancelled();
 }
 
 } // namespace Kelvane

@@ -3,15 +3,14 @@
 #include <QDialog>
 #include <QPushButton>
 
-#include <functional>
-
 class QHBoxLayout;
 class QVBoxLayout;
 
 namespace Kelvane {
 
-/// Body of a shell window: from top to bottom the banner, the dialog's own widgets in box(), the buttons. Escape emits
-/// cancelled() and closes nothing by itself. No button is a default one, so Enter in a field only ends the entry there.
+/// Body of a shell window: from top to bottom the banner, the dialog's own widgets in box(), the buttons. Escape
+/// emits cancelled() and closes nothing by itself. No button is a default one, so Enter in a field only ends the
+/// entry there.
 class LQDialogFrame : public QDialog {
     Q_OBJECT
 
@@ -38,25 +37,17 @@ public:
         connect(this, &LQDialogFrame::cancelled, dialog, &Dialog::cancel);
     }
 
-    /// Asks before the window closes, whoever closes it; false keeps it open. To be called when the shell is there, since the
-    /// last filter of a window is asked first.
-    void watch_close(std::function<bool()> may_close);
-
+    /// Escape or the close button of the window.
     void reject() override;
 
 signals:
     void cancelled();
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     QHBoxLayout* new_button_row();
     QPushButton* add_button(QHBoxLayout* row, const char* name, const QString& text, const QString& tip);
 
     QVBoxLayout* box_;
-    std::function<bool()> may_close_;
-    bool closing_ = false;
 };
 
 } // namespace Kelvane

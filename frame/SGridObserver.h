@@ -8,12 +8,12 @@
 
 namespace Kelvane {
 
-/// Keeps a selection list filled with the names of one kind of items of a grid (its properties, its regions) and refills it
-/// whenever the grid changes. What was selected stays selected as far as it is still there.
+/// Keeps a selection list filled with the names of one kind of items of a grid (its properties, its regions) and
+/// refills it whenever the grid changes. What was selected stays selected as far as it is still there.
 class SGridObserver : public Lodex::GObjObserver {
 public:
-    /// The combo is not owned. list_key says which names the grid is asked for. The extra entry, when it is to be added, stands
-    /// before all names or after them; extra_entry_only shows it alone, whatever the grid holds.
+    /// The combo is not owned. list_key says which names the grid is asked for. The extra entry, when it is to be
+    /// added, stands before all names or after them; extra_entry_only shows it alone, whatever the grid holds.
     SGridObserver(Lodex::LQMultiComboBox* combo, const Lodex::CString& list_key, const Lodex::CString& extra_entry,
                   bool add_extra_entry, bool extra_entry_first, bool extra_entry_only);
     SGridObserver(const SGridObserver&) = default;
@@ -30,7 +30,8 @@ public:
     virtual void insert_item(const char* text, bool at_top);
     virtual void clear();
 
-    /// Observes the stratigraphic grid of this name from now on (none when there is no such grid) and refills the combo.
+    /// Observes the stratigraphic grid of this name from now on (none when there is no such grid) and refills the
+    /// combo.
     void update_gobj(const Lodex::CString& grid_name);
 
 private:

@@ -20,8 +20,8 @@
 
 namespace Kelvane {
 
-/// Start-up of one source unit of the module: a static object in the unit brings up the libraries in the order given and
-/// enters the unit as a user of the module until the module is unloaded.
+/// Start-up of one source unit of the module: a static object in the unit brings up the libraries in the order given
+/// and enters the unit as a user of the module until the module is unloaded.
 template <class... Libraries> class SourceUnit {
 public:
     SourceUnit()
@@ -37,8 +37,9 @@ public:
 /// A unit with dialogs in it, which may reach any library of the host.
 using DialogUnit =
     SourceUnit<Kelvane_upscaling_init, Lodex::Lodex_utils_init, Lodex::Lodex_math_init, Lodex::Lodex_geobase_init,
-               Lodex::Lodex_qtools_init, Lodex::Lodex_volumes_init, Lodex::Lodex_surfaces_init, Lodex::Lodex_gxtools_init,
-               Lodex::Lodex_gtools_init, Lodex::Lodex_xtools_init, Lodex::Lodex_appli_init,
-               Lodex::Lodex_interpreter_init, Lodex::Lodex_gviews_init, Lodex::Lodex_tgobjs_init, Lodex::Lodex_gui_init>;
+               Lodex::Lodex_qtools_init, Lodex::Lodex_volumes_init, Lodex::Lodex_surfaces_init,
+               Lodex::Lodex_gxtools_init, Lodex::Lodex_gtools_init, Lodex::Lodex_xtools_init, Lodex::Lodex_appli_init,
+               Lodex::Lodex_interpreter_init, Lodex::Lodex_gviews_init, Lodex::Lodex_tgobjs_init,
+               Lodex::Lodex_gui_init>;
 
 } // namespace Kelvane

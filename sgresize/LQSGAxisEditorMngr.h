@@ -13,8 +13,8 @@ namespace Kelvane {
 
 class LQSGSectionDialog;
 
-/// One axis of a section dialog: its name as the user sees it, the keyword that commands use, and the way back to the dialog.
-/// Copies share the direction value.
+/// One axis of a section dialog: its name as the user sees it, the keyword that commands use, and the way back to the
+/// dialog. Copies share the direction value.
 class LQSGAxisEditorMngr {
     Q_DECLARE_TR_FUNCTIONS(Kelvane::LQSGAxisEditorMngr)
 
@@ -28,7 +28,8 @@ public:
     /// Builds the axis editor's widgets into the layout.
     virtual bool build_editor_axis(QWidget* parent, QVBoxLayout* layout);
 
-    /// The translated name of an axis, I = 1, J = 2, K = 3; empty for any other number. Axis names are compared with these.
+    /// The translated name of an axis, I = 1, J = 2, K = 3; empty for any other number. Axis names are compared with
+    /// these.
     [[nodiscard]] static QString axis_text(int axis);
 
     [[nodiscard]] const QString& axis_name() const { return axis_name_; }

@@ -55,6 +55,12 @@ void LQSGSectionEditor::release()
             widget->disconnect(this);
     }
     widgets_.clear();
+    auto* graphics = Lodex::GraphicLib::instance();
+    for (const PickTool* tool : tools_) {
+        if (graphics->tool() == tool)
+            graphics->reset_tool();
+    }
+    tools_.clear();
 }
 
 void LQSGSectionEditor::set_min(long n)
@@ -134,6 +140,7 @@ void LQSGSectionEditor::set_picked_cell(QTableWidget* table, int row, int column
     connect(button, &QToolButton::clicked, adapter, &Lodex::LQActionAdapter::run);
     layout->addWidget(button);
     widgets_.append(button);
+    tools_.append(tool);
     set_cell(table, row, column, cell);
 }
 

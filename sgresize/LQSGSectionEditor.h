@@ -16,8 +16,8 @@ namespace Kelvane {
 
 class LQSGManualAxisEditorMngr;
 
-/// One row of a section table: a run of cell sections, From to To (1-based, inclusive), with what its dialog adds to it. The
-/// table owns the row's widgets, the manager owns the row.
+/// One row of a section table: a run of cell sections, From to To (1-based, inclusive), with what its dialog adds to
+/// it. The table owns the row's widgets, the manager owns the row.
 class LQSGSectionEditor : public QObject {
     Q_OBJECT
 
@@ -35,7 +35,7 @@ public:
     virtual void set_pick_axis(int axis);
     /// Takes over what has been typed but not ended with Enter.
     void commit();
-    /// Cuts the row off from its widgets and from the dialog.
+    /// Cuts the row off from its widgets and from the dialog; a pick that still waits for it is called off.
     void release();
 
     [[nodiscard]] int from_section() const { return from_value_->value(); }
@@ -66,7 +66,8 @@ protected:
     /// A spin box that takes a typed number as a whole and does not turn under the wheel while the table scrolls.
     [[nodiscard]] QSpinBox* new_box(const char* name, const QString& tip, int minimum, int maximum);
     /// The box bound to the value and a button that starts the pick tool, as one cell of the table.
-    void set_picked_cell(QTableWidget* table, int row, int column, QSpinBox* box, Lodex::IntValue* value, PickTool* tool);
+    void set_picked_cell(QTableWidget* table, int row, int column, QSpinBox* box, Lodex::IntValue* value,
+                         PickTool* tool);
     void set_cell(QTableWidget* table, int row, int column, QWidget* widget);
     /// The buttons that add and remove rows, in two columns from this one on.
     void build_row_buttons(QTableWidget* table, int row, int column);
@@ -84,6 +85,7 @@ protected:
 private:
     LQSGManualAxisEditorMngr* manager_;
     QList<QPointer<QWidget>> widgets_;
+    QList<PickTool*> tools_; // those behind a button; all held by their own members
 };
 
 } // namespace Kelvane

@@ -6,11 +6,11 @@ namespace Kelvane {
 
 class LQSGMergeAxisEditorMngr;
 
-/// A run of cell sections that is merged in groups of `jump()` sections. The section to keep names the one whose property values
-/// the merged cells take.
+/// A run of cell sections that is merged in groups of `jump()` sections. The section to keep names the one whose
+/// property values the merged cells take.
 ///
-/// The groups start at g = from - 1 + n * jump (0-based, n = 0, 1, ...) as long as g + jump <= to; group g covers the sections
-/// g to g + jump - 1. What is left behind the last whole group is not merged.
+/// The groups start at g = from - 1 + n * jump (0-based, n = 0, 1, ...) as long as g + jump <= to; group g covers the
+/// sections g to g + jump - 1. What is left behind the last whole group is not merged.
 class LQSGSectionMergeEditor : public LQSGSectionEditor {
     Q_OBJECT
 

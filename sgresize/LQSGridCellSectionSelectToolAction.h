@@ -13,8 +13,8 @@ class SGrid;
 
 namespace Kelvane {
 
-/// Camera tool that writes the number of the picked cell along one axis (1-based) into a value. A pick that gives no cell is
-/// reported and leaves the tool active.
+/// Camera tool that writes the number of the picked cell along one axis (1-based) into a value. A pick that gives no
+/// cell is reported and leaves the tool active.
 class LQSGridCellSectionSelectToolAction : public Lodex::CameraToolAction {
     Q_DECLARE_TR_FUNCTIONS(Kelvane::LQSGridCellSectionSelectToolAction)
 

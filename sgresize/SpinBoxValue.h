@@ -8,8 +8,8 @@ class QSpinBox;
 
 namespace Kelvane {
 
-/// Keeps a spin box and a shared value in step, both ways and without echo. The box starts with what the value holds; a value
-/// outside the box's range is brought into it. Lives as long as the box.
+/// Keeps a spin box and a shared value in step, both ways and without echo. The box starts with what the value holds;
+/// a value outside the box's range is brought into it. Lives as long as the box.
 class SpinBoxValue : public QObject {
 public:
     SpinBoxValue(QSpinBox* box, Lodex::IntValue* value);

@@ -186,7 +186,9 @@ void GeobaseLib::destroy(GObj* object)
         ~Disposal()
         {
             entry->object.reset();
-            std::erase_if(impl.going, [this](const auto& other) { return other.get() == entry; });
+            const auto it = std::ranges::find_if(impl.going, [this](const auto& e) { return e.get() == entry; });
+            const std::unique_ptr<Impl::Entry> last = std::move(*it); // dies when the list is in order again
+            impl.going.erase(it);
         }
         Impl& impl;
         Impl::Entry* entry;

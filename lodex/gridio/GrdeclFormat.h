@@ -10,8 +10,8 @@ namespace lodex {
 /// behind any other keyword, which makes a property of that name. DX, DY, DZ and TOPS (DXV, DYV, DZV) make a corner-point
 /// grid where COORD and ZCORN are absent. In a whole deck the sections around GRID are passed through. Every other keyword
 /// is kept to the letter in GridModel::kept; operations on arrays (COPY, MULTIPLY, ...) are among these and are not
-/// applied. Numbers are stored in 32 bits when the shortest text of the 32-bit numbers gives the file's decimals again,
-/// else in 64 bits, array by array. KeptKeyword::file is relative to the folder of the file that was asked for;
+/// applied. Array by array, numbers are stored in 32 bits when nothing is lost by it: coordinates and depths when 32 bits
+/// hold them exactly, properties when the shortest text of the 32-bit numbers gives the file's decimals again. KeptKeyword::file is relative to the folder of the file that was asked for;
 /// KeptKeyword::text may hold bytes that are not UTF-8.
 ///
 /// Writing. What has no keyword (regions, units, code names, units of measure, undefined values) goes into comments that

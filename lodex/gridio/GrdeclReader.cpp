@@ -6,9 +6,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <new>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -30,12 +32,33 @@ bool is_space(char c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+struct FreeText {
+    void operator()(char* text) const { std::free(text); }
+};
+using TextBuffer = std::unique_ptr<char[], FreeText>;
+
+/// Memory for a text, not cleared; null when there is not enough. Large texts lie on large pages where the system has
+/// them: on small ones the page faults cost as much as the copying.
+TextBuffer make_text_buffer(std::size_t bytes)
+{
+    constexpr std::size_t large_page = 2 * 1024 * 1024;
+    if (bytes < 2 * large_page) {
+        return TextBuffer(static_cast<char*>(std::malloc(bytes)));
+    }
+    const std::size_t rounded = (bytes + large_page - 1) / large_page * large_page;
+    TextBuffer buffer(static_cast<char*>(std::aligned_alloc(large_page, rounded)));
+    if (buffer) {
+        [[maybe_unused]] const int result = ::madvise(buffer.get(), rounded, MADV_HUGEPAGE);
+    }
+    return buffer;
+}
+
 /// One text in memory: a file, or what the caller gave.
 struct Source {
     std::string shown;     ///< for messages
     std::filesystem::path folder;
     std::string kept_name; ///< for KeptKeyword::file
-    std::unique_ptr<char[]> storage;
+    TextBuffer storage;
     const char* begin = nullptr;
     const char* end = nullptr; ///< padding zero bytes follow
     const char* pos = nullptr;
@@ -100,6 +123,8 @@ struct Deferred {
     std::optional<PropertyNote> note;
 };
 
+using Reals = std::variant<std::vector<float>, std::vector<double>>;
+
 enum class Stop { Slash, End, Text, BadRepeat, Misfit, Range };
 
 struct Outcome {
@@ -110,12 +135,25 @@ struct Outcome {
     const char* surplus = nullptr; ///< first value beyond the limit
 };
 
-struct FloatPolicy {
+/// For numbers that stand for themselves: 32 bits do when they give the same decimals again.
+struct DecimalFloatPolicy {
     using Value = float;
     Stop put(const Decimal& number, float& value) const
     {
         value = to_float(number);
         return fits_float(number, value) ? Stop::Slash : Stop::Misfit;
+    }
+    static float undefined() { return std::numeric_limits<float>::quiet_NaN(); }
+};
+
+/// Where differences of neighbours count, 32 bits do only for numbers that they hold exactly.
+struct ExactFloatPolicy {
+    using Value = float;
+    Stop put(const Decimal& number, float& value) const
+    {
+        const double exact = to_double(number);
+        value = static_cast<float>(exact);
+        return static_cast<double>(value) == exact && !number.cut ? Stop::Slash : Stop::Misfit;
     }
     static float undefined() { return std::numeric_limits<float>::quiet_NaN(); }
 };
@@ -168,7 +206,7 @@ std::uint64_t three_quarters_of_memory()
 }
 
 /// Text from a file for a message: on one line, not too long.
-std::string quoted(std::string_view text)
+std::string in_quotes(std::string_view text)
 {
     constexpr std::size_t most = 40;
     std::string result = to_utf8(text.substr(0, most));
@@ -204,23 +242,14 @@ double decimal_double(float value)
     return to_double(number);
 }
 
-/// In 32 bits where the shortest texts stay the same.
+/// In 32 bits when these hold all numbers exactly.
 RealArray narrowed(std::vector<double> values)
 {
-    std::vector<float> floats(values.size());
-    double last = 0;
-    float last_float = 0;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i] != last) {
-            last = values[i];
-            last_float = static_cast<float>(last);
-            if (static_cast<double>(last_float) != last && decimal_double(last_float) != last) {
-                return values;
-            }
-        }
-        floats[i] = last_float;
+    const auto exact = [](double value) { return static_cast<double>(static_cast<float>(value)) == value; };
+    if (!std::all_of(values.begin(), values.end(), exact)) {
+        return values;
     }
-    return floats;
+    return std::vector<float>(values.begin(), values.end());
 }
 
 /// One number per cell, or the same for all cells along two axes.
@@ -291,8 +320,12 @@ public:
         source->shown = name.string();
         source->folder = root_folder_;
         source->kept_name = name.filename().string();
-        source->storage = std::make_unique<char[]>(text.size() + padding);
+        source->storage = make_text_buffer(text.size() + padding);
+        if (!source->storage) {
+            throw std::bad_alloc();
+        }
         std::copy(text.begin(), text.end(), source->storage.get());
+        std::memset(source->storage.get() + text.size(), 0, padding);
         source->begin = source->storage.get();
         source->end = source->begin + text.size();
         source->start();
@@ -392,10 +425,13 @@ private:
             return false;
         }
         const KeywordInfo info = keyword_info(upper(word));
-        if (known_only) {
-            return info.known && alone_on_line(source, p + word.size());
+        const char* const after = p + word.size();
+        if (alone_on_line(source, after)) {
+            return info.known || !known_only;
         }
-        return info.known || alone_on_line(source, p + word.size());
+        // Names of arrays are data of some keywords; with a number behind them they are keywords themselves.
+        const char* const next = skip_space(source, after);
+        return !known_only && info.known && (!info.cell_array || text_numbers::is_digit(*next) || *next == '-' || *next == '.');
     }
 
     bool next_keyword(Keyword& keyword);
@@ -446,8 +482,9 @@ private:
         Policy policy;
         return read_values(keyword, p, values, limit, policy);
     }
-    /// In 32 bits when that loses nothing.
-    Outcome read_reals(const Keyword& keyword, const char* p, RealArray& values, std::uint64_t limit, bool as_double);
+    /// In 32 bits as long as all numbers pass the policy, else in 64.
+    template <class FloatPolicy>
+    Outcome read_reals(const Keyword& keyword, const char* p, Reals& values, std::uint64_t limit, bool as_double);
     /// Throws unless the outcome is a complete array; returns its end.
     const char* check(const Keyword& keyword, const Outcome& outcome, std::uint64_t expected, const std::string& why);
     void claim(const Keyword& keyword, std::uint64_t bytes);
@@ -538,9 +575,8 @@ std::shared_ptr<Source> Reader::load(const std::filesystem::path& path, std::str
             throw failed("includes itself");
         }
     }
-    try {
-        source->storage = std::make_unique_for_overwrite<char[]>(size + padding);
-    } catch (const std::bad_alloc&) {
+    source->storage = make_text_buffer(size + padding);
+    if (!source->storage) {
         throw failed("does not fit into memory (" + std::to_string(size) + " bytes)");
     }
     std::size_t count = 0;
@@ -627,6 +663,7 @@ bool Reader::next_keyword(Keyword& keyword)
 {
     Source& source = *keyword.source;
     const char* p = source.pos;
+    std::string_view word;
     for (;;) {
         while (is_space(*p)) {
             ++p;
@@ -649,12 +686,19 @@ bool Reader::next_keyword(Keyword& keyword)
             p = line_end(source, p);
             continue;
         }
-        break;
-    }
-    const std::string_view word = word_at(p);
-    if (!is_keyword(word)) {
-        const auto shown = word.empty() ? std::string_view(p, 1) : word;
-        fail(source, p, quoted(shown) + " found where a keyword is expected");
+        word = word_at(p);
+        if (is_keyword(word)) {
+            break;
+        }
+        if (section_ == Section::None || section_ == Section::Grid) {
+            fail(source, p, in_quotes(word.empty() ? std::string_view(p, 1) : word)
+                                + " found where a keyword is expected");
+        }
+        // Outside the grid's section nothing is interpreted, so nothing need make sense.
+        const char* const end = line_end(source, p);
+        warn("lines that are no keyword", source, p,
+             in_quotes({p, static_cast<std::size_t>(end - p)}) + " is passed over, expected a keyword");
+        p = end;
     }
     keyword.start = p;
     keyword.after = p + word.size();
@@ -671,7 +715,7 @@ const char* Reader::read_quoted(Source& source, const char* p, std::string& text
     for (p = start; p < source.end && *p != quote && *p != '\n'; ++p) {
     }
     if (p >= source.end || *p != quote) {
-        fail(source, start - 1, "the quote before " + quoted(std::string_view(start, static_cast<std::size_t>(p - start)))
+        fail(source, start - 1, "the quote before " + in_quotes(std::string_view(start, static_cast<std::size_t>(p - start)))
                                     + " is not closed on its line");
     }
     text.assign(start, p);
@@ -712,7 +756,7 @@ std::vector<Token> Reader::read_record(const Keyword& keyword, const char*& end)
             } else {
                 const std::string_view word = word_at(p);
                 if (word.empty()) {
-                    fail(source, p, keyword.name + ": " + quoted({p, 1}) + " is not expected here");
+                    fail(source, p, keyword.name + ": " + in_quotes({p, 1}) + " is not expected here");
                 }
                 token.text = std::string(word);
                 p += word.size();
@@ -724,7 +768,7 @@ std::vector<Token> Reader::read_record(const Keyword& keyword, const char*& end)
         }
         tokens.insert(tokens.end(), repeat, token);
         if (keyword_begins(source, token.at, true) && !token.quoted) {
-            fail(source, token.at, keyword.name + ": found keyword " + quoted(token.text)
+            fail(source, token.at, keyword.name + ": found keyword " + in_quotes(token.text)
                                        + " before the closing '/'");
         }
     }
@@ -748,7 +792,7 @@ std::int64_t Reader::whole_number(const Keyword& keyword, const std::vector<Toke
     const char* const last = first + token.text.size();
     const auto [end, error] = std::from_chars(first, last, value);
     if (error != std::errc{} || end != last || value < least) {
-        fail(source, token.at, keyword.name + ": " + quoted(token.text) + expected);
+        fail(source, token.at, keyword.name + ": " + in_quotes(token.text) + expected);
     }
     return value;
 }
@@ -789,7 +833,7 @@ const char* Reader::records_end(const Keyword& keyword)
         if (keyword_begins(source, p, open)) {
             if (open) {
                 warn("keywords without a closing '/'", source, p,
-                     keyword.name + ": found keyword " + quoted(word_at(p)) + " before the closing '/'");
+                     keyword.name + ": found keyword " + in_quotes(word_at(p)) + " before the closing '/'");
                 kept = p;
                 while (kept > keyword.after && is_space(kept[-1])) {
                     --kept;
@@ -854,9 +898,17 @@ const char* Reader::data_end(const Keyword& keyword, const KeywordInfo& info)
     Source& source = *keyword.source;
     switch (info.layout) {
     case Layout::Flag: {
-        // A slash behind a flag belongs to it.
-        const char* const p = skip_space(source, keyword.after);
-        return *p == '/' ? p + 1 : keyword.after;
+        // What stands behind a flag on its line is decoration, a slash on the next line belongs to it.
+        const char* const next = skip_space(source, keyword.after);
+        if (*next == '/') {
+            return next + 1;
+        }
+        const char* const end = line_end(source, keyword.after);
+        const char* last = keyword.after;
+        for (const char* p = keyword.after; p < end && !is_comment(p); ++p) {
+            last = is_space(*p) ? last : p + 1;
+        }
+        return last;
     }
     case Layout::List:
         return list_end(keyword);
@@ -933,7 +985,7 @@ void Reader::handle(const Keyword& keyword)
         if (section == Section::Summary || section == Section::Schedule) {
             keep_rest(keyword);
         } else {
-            keep(keyword, keyword.after, true);
+            keep(keyword, data_end(keyword, info), true);
         }
     } else if (keyword.upper == "INCLUDE") {
         include(keyword);
@@ -1012,8 +1064,13 @@ const char* Reader::skip_numbers(const Keyword& keyword)
 {
     Source& source = *keyword.source;
     const char* p = keyword.after;
+    const char* checkpoint = p + tick_bytes;
     for (;;) {
         p = skip_space(source, p);
+        if (p >= checkpoint) {
+            tick(source, p);
+            checkpoint = p + tick_bytes;
+        }
         if (p >= source.end) {
             fail(source, keyword.start, keyword.name + ": the file ends before the closing '/'");
         }
@@ -1026,7 +1083,9 @@ const char* Reader::skip_numbers(const Keyword& keyword)
         if (keyword_begins(source, p, false)) {
             return p; // without a closing slash, which is looked at when the numbers are read
         }
-        ++p;
+        // Far: letters, slashes and comments end it.
+        for (++p; is_space(*p) || (*p >= '*' && *p <= '9' && *p != '/' && !is_comment(p)); ++p) {
+        }
     }
 }
 
@@ -1081,7 +1140,7 @@ void Reader::include(const Keyword& keyword)
         }
     }
     if (found.empty()) {
-        const std::string reason = "INCLUDE: there is no file " + quoted(text);
+        const std::string reason = "INCLUDE: there is no file " + in_quotes(text);
         const bool geometry = section_ == Section::None || section_ == Section::Grid;
         if (geometry && !options_.properties_only) {
             fail(source, keyword.start, reason);
@@ -1092,11 +1151,11 @@ void Reader::include(const Keyword& keyword)
     }
     finish_keyword(keyword, p);
     if (stack_.size() >= most_depth) {
-        fail(source, keyword.start, "INCLUDE " + quoted(text) + ": files include each other more than "
+        fail(source, keyword.start, "INCLUDE " + in_quotes(text) + ": files include each other more than "
                                         + std::to_string(most_depth) + " deep");
     }
     if (result_.files.size() >= most_files) {
-        fail(source, keyword.start, "INCLUDE " + quoted(text) + ": more than " + std::to_string(most_files)
+        fail(source, keyword.start, "INCLUDE " + in_quotes(text) + ": more than " + std::to_string(most_files)
                                         + " files are included");
     }
     const std::filesystem::path given(text);
@@ -1111,7 +1170,7 @@ void Reader::include(const Keyword& keyword)
     try {
         push(load(found, found.string(), kept_name, ""));
     } catch (const FileError& error) {
-        fail(source, keyword.start, "INCLUDE " + quoted(text) + ": " + error.reason());
+        fail(source, keyword.start, "INCLUDE " + in_quotes(text) + ": " + error.reason());
     }
 }
 
@@ -1132,7 +1191,7 @@ void Reader::read_size(const Keyword& keyword)
         }
         if (tokens.size() > 4 && !tokens[4].is_default && upper(tokens[4].text) != "F"
             && upper(tokens[4].text) != "FALSE") {
-            fail(source, tokens[4].at, "SPECGRID: coordinate type " + quoted(tokens[4].text)
+            fail(source, tokens[4].at, "SPECGRID: coordinate type " + in_quotes(tokens[4].text)
                                            + ", expected F (radial coordinates are not supported)");
         }
     }
@@ -1190,7 +1249,7 @@ void Reader::read_map_axes(const Keyword& keyword)
         const std::string text = tokens[i].text + '\n';
         const char* const behind = parse_decimal(text.c_str(), number);
         if (tokens[i].is_default || behind == text.c_str() || *behind != '\n' || std::isinf(to_double(number))) {
-            fail(*keyword.source, tokens[i].at, "MAPAXES: " + quoted(tokens[i].is_default ? "1*" : tokens[i].text)
+            fail(*keyword.source, tokens[i].at, "MAPAXES: " + in_quotes(tokens[i].is_default ? "1*" : tokens[i].text)
                                                     + " is not a number (value " + std::to_string(i + 1) + " of 6)");
         }
         axes[i] = to_double(number);
@@ -1236,7 +1295,7 @@ void Reader::read_faults(const Keyword& keyword)
         constexpr std::string_view letters = "IJKXYZ";
         if (face.empty() || face.size() > 2 || letters.find(face[0]) == std::string_view::npos
             || (face.size() == 2 && face[1] != '-' && face[1] != '+')) {
-            fail(source, tokens[7].at, "FAULTS: " + quoted(segment.face)
+            fail(source, tokens[7].at, "FAULTS: " + in_quotes(segment.face)
                                            + " for the face, expected X, Y, Z or I, J, K, with - or + behind it");
         }
         result_.model.faults.push_back(std::move(segment));
@@ -1410,7 +1469,8 @@ Outcome Reader::read_values(const Keyword& keyword, const char* p, std::vector<t
     return outcome;
 }
 
-Outcome Reader::read_reals(const Keyword& keyword, const char* p, RealArray& values, std::uint64_t limit, bool as_double)
+template <class FloatPolicy>
+Outcome Reader::read_reals(const Keyword& keyword, const char* p, Reals& values, std::uint64_t limit, bool as_double)
 {
     if (!as_double) {
         std::vector<float> floats;
@@ -1453,21 +1513,21 @@ const char* Reader::check(const Keyword& keyword, const Outcome& outcome, std::u
     case Stop::Text:
         if (keyword_begins(source, outcome.end, false) && upper(token()) != "NAN" && upper(token()) != "INF") {
             if (outcome.count != expected) {
-                fail(source, outcome.end, name + "found keyword " + quoted(token()) + " after "
+                fail(source, outcome.end, name + "found keyword " + in_quotes(token()) + " after "
                                               + std::to_string(outcome.count) + " of " + of_expected + " values" + why);
             }
             warn("keywords without a closing '/'", source, keyword.start, name + "the closing '/' is missing");
             break;
         }
-        fail(source, outcome.end, name + quoted(token().empty() ? std::string_view(outcome.end, 1) : token())
+        fail(source, outcome.end, name + in_quotes(token().empty() ? std::string_view(outcome.end, 1) : token())
                                       + " is not a number" + place);
     case Stop::BadRepeat:
-        fail(source, outcome.end, name + quoted(token()) + " has no valid repeat count, expected a whole number from 1 on"
+        fail(source, outcome.end, name + in_quotes(token()) + " has no valid repeat count, expected a whole number from 1 on"
                                       + place);
     case Stop::Range:
-        fail(source, outcome.end, name + quoted(token()) + " is out of range, expected a 64-bit number" + place);
+        fail(source, outcome.end, name + in_quotes(token()) + " is out of range, expected a 64-bit number" + place);
     case Stop::Misfit:
-        fail(source, outcome.end, name + quoted(token()) + " is not a valid value" + place);
+        fail(source, outcome.end, name + in_quotes(token()) + " is not a valid value" + place);
     }
     if (outcome.count < expected) {
         fail(source, outcome.end - (outcome.stop == Stop::Slash ? 1 : 0),
@@ -1482,15 +1542,21 @@ const char* Reader::check(const Keyword& keyword, const Outcome& outcome, std::u
 const char* Reader::read_geometry(const Keyword& keyword, RealArray& array, std::uint64_t expected,
                                   const std::string& why)
 {
-    bool as_double = note_ && note_->keyword == keyword.upper && note_->store == PropertyNote::Store::Double;
+    const auto store =
+        note_ && note_->keyword == keyword.upper ? note_->store : PropertyNote::Store::Unknown;
+    const bool as_double = store == PropertyNote::Store::Double;
     release(array.size() * array.bytes_per_value());
     array = RealArray();
-    const Outcome outcome = read_reals(keyword, keyword.after, array, expected, as_double);
+    Reals values;
+    const Outcome outcome = store == PropertyNote::Store::Float
+        ? read_reals<DecimalFloatPolicy>(keyword, keyword.after, values, expected, false)
+        : read_reals<ExactFloatPolicy>(keyword, keyword.after, values, expected, as_double);
     const char* const end = check(keyword, outcome, expected, why);
     if (outcome.defaults > 0) {
         fail(*keyword.source, keyword.start, keyword.name + ": " + std::to_string(outcome.defaults)
                                                  + " values are left out (n*), expected numbers");
     }
+    array = std::visit([](auto&& v) { return RealArray(std::move(v)); }, std::move(values));
     return end;
 }
 
@@ -1504,7 +1570,7 @@ const char* Reader::read_active(const Keyword& keyword)
     const Outcome outcome = read_values(keyword, keyword.after, active, cells, policy);
     if (outcome.stop == Stop::Misfit) {
         const std::string_view token = word_at(outcome.end);
-        fail(source, outcome.end, keyword.name + ": " + quoted(token) + " is neither 0 nor 1 (value "
+        fail(source, outcome.end, keyword.name + ": " + in_quotes(token) + " is neither 0 nor 1 (value "
                                       + std::to_string(outcome.count + 1) + " of " + std::to_string(cells) + ")");
     }
     if (outcome.stop == Stop::Slash && outcome.count > cells && policy.least == policy.most) {
@@ -1547,8 +1613,8 @@ const char* Reader::read_tops(const Keyword& keyword)
     GridModel& model = result_.model;
     const auto cells = static_cast<std::uint64_t>(model.cells());
     const auto columns = static_cast<std::uint64_t>(model.size[0] * model.size[1]);
-    RealArray tops;
-    const Outcome outcome = read_reals(keyword, keyword.after, tops, cells, false);
+    Reals tops;
+    const Outcome outcome = read_reals<DecimalFloatPolicy>(keyword, keyword.after, tops, cells, false);
     const bool top_layer = outcome.count == columns;
     const char* const end = check(keyword, outcome, top_layer ? columns : cells,
                                   " (one per cell) or " + std::to_string(columns) + " (top layer only)");
@@ -1557,22 +1623,22 @@ const char* Reader::read_tops(const Keyword& keyword)
                                                  + " values are left out (n*), expected numbers");
     }
     tops_.clear();
-    tops.visit([this](auto values) {
-        tops_.reserve(values.size());
-        for (const auto value : values) {
-            if constexpr (std::is_same_v<decltype(value), const float>) {
-                tops_.push_back(decimal_double(value));
-            } else {
-                tops_.push_back(value);
+    std::visit(
+        [this](const auto& values) {
+            tops_.reserve(values.size());
+            for (const auto value : values) {
+                if constexpr (std::is_same_v<decltype(value), const float>) {
+                    tops_.push_back(decimal_double(value));
+                } else {
+                    tops_.push_back(value);
+                }
             }
-        }
-    });
+        },
+        tops);
     if (outcome.count == cells) {
         PropertyData property;
         property.name = keyword.name;
-        tops.visit([&property](auto values) {
-            property.values = std::vector<typename decltype(values)::value_type>(values.begin(), values.end());
-        });
+        std::visit([&property](auto&& values) { property.values = std::move(values); }, std::move(tops));
         model.properties.push_back(std::move(property));
     }
     return end;
@@ -1644,21 +1710,13 @@ const char* Reader::read_property(const Keyword& keyword, const KeywordInfo& inf
         }
     }
     if (!whole) {
-        RealArray reals;
-        outcome = read_reals(keyword, keyword.after, reals, expected, store == Store::Double);
+        Reals reals;
+        outcome = read_reals<DecimalFloatPolicy>(keyword, keyword.after, reals, expected, store == Store::Double);
         if (store == Store::Integer && outcome.count == expected) {
             warn("unusual values", source, keyword.start,
                  keyword.name + " holds numbers that are not whole; it is read as a continuous property");
         }
-        if (reals.is_double()) {
-            reals.visit_mutable([&property](auto values) {
-                property.values = std::vector<double>(values.begin(), values.end());
-            });
-        } else {
-            reals.visit_mutable([&property](auto values) {
-                property.values = std::vector<float>(values.begin(), values.end());
-            });
-        }
+        std::visit([&property](auto&& values) { property.values = std::move(values); }, std::move(reals));
     }
 
     const bool certain = info.cell_array || note.has_value();
@@ -1770,7 +1828,7 @@ const char* Reader::read_note(Source& source, const char* at)
     const std::string_view line(at + note_prefix.size(), static_cast<std::size_t>(p - at) - note_prefix.size());
     const auto tokens = note_tokens(source, at, line);
     const auto bad = [&](const std::string& expected) {
-        warn("comments that do not read", source, at, "comment " + quoted(trimmed(line)) + " is passed over, expected "
+        warn("comments that do not read", source, at, "comment " + in_quotes(trimmed(line)) + " is passed over, expected "
                                                           + expected);
         return p;
     };
@@ -1827,8 +1885,8 @@ const char* Reader::read_note(Source& source, const char* at)
             || layer.nb_k_cells < 1) {
             return bad("unit, number of cells, thickness and proportional, base or top");
         }
-        constexpr std::array<LayerInfo::LayeringStyle, 3> values = {
-            LayerInfo::Proportional, LayerInfo::ParallelToBase, LayerInfo::ParallelToTop};
+        constexpr std::array<Lodex::LayerInfo::LayeringStyle, 3> values = {
+            Lodex::LayerInfo::Proportional, Lodex::LayerInfo::ParallelToBase, Lodex::LayerInfo::ParallelToTop};
         layer.style = values[static_cast<std::size_t>(style - styles.begin())];
         layer.unit = tokens[1].text;
         model.layers.push_back(std::move(layer));
@@ -1930,7 +1988,7 @@ void Reader::check_faults()
             if (first > last || last >= model.size[axis]) {
                 fail(*fault_places_[i].source, fault_places_[i].at,
                      "FAULTS: " + std::string(1, "IJK"[axis]) + " range " + std::to_string(first + 1) + " to "
-                         + std::to_string(last + 1) + " of " + quoted(fault.name) + ", expected a range within 1 to "
+                         + std::to_string(last + 1) + " of " + in_quotes(fault.name) + ", expected a range within 1 to "
                          + std::to_string(model.size[axis]));
             }
         }
@@ -1952,10 +2010,16 @@ void Reader::check_notes(const std::string& name)
         if (sum != cells) {
             log_.add("comments that do not read",
                      {Message::Level::Warning, to_utf8(note.source->shown), note.line,
-                      "region " + quoted(note.region.name) + " is passed over: its runs do not make "
+                      "region " + in_quotes(note.region.name) + " is passed over: its runs do not make "
                           + std::to_string(cells) + " cells"});
             continue;
         }
+        if (static_cast<std::uint64_t>(cells) > max_bytes_ - claimed_) {
+            throw FileError(note.source->shown, note.line,
+                            "region " + in_quotes(note.region.name) + " asks for more memory than the "
+                                + std::to_string(max_bytes_) + " bytes allowed");
+        }
+        claimed_ += static_cast<std::uint64_t>(cells);
         note.region.flags.reserve(static_cast<std::size_t>(cells));
         std::uint8_t flag = 0;
         for (const std::int64_t run : note.runs) {

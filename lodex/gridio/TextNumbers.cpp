@@ -167,7 +167,7 @@ bool slow_fits_float(const Decimal& number, float value)
 
 } // namespace text_numbers
 
-std::optional<std::int32_t> to_integer(const Decimal& number)
+std::optional<std::int32_t> slow_integer(const Decimal& number)
 {
     constexpr std::uint64_t most = std::uint64_t{1} << 31;
     if (number.cut) {
@@ -193,7 +193,7 @@ std::optional<std::int32_t> to_integer(const Decimal& number)
 
 namespace {
 
-/// All digits of value, at least one; two at a time.
+/// All digits of value, at least one.
 char* write_digits(char* out, std::uint64_t value)
 {
     return std::to_chars(out, out + NumberFormatter::most_characters, value).ptr;

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <span>
+#include <string>
 #include <string_view>
 
 namespace lodex {
@@ -42,7 +42,7 @@ bool slow_fits_float(const Decimal& number, float value);
 
 /// Reads the number that begins at p: digits with an optional sign, point and exponent (E, e, D or d). Returns the first
 /// character behind it, p itself when there is none. The text must end with a character that belongs to no number.
-inline const char* parse_decimal(const char* p, Decimal& number)
+[[gnu::always_inline]] inline const char* parse_decimal(const char* p, Decimal& number)
 {
     using text_numbers::is_digit;
     const char* const start = p;
@@ -80,7 +80,7 @@ inline const char* parse_decimal(const char* p, Decimal& number)
 }
 
 /// The nearest 64-bit number; infinite when it is out of range.
-inline double to_double(const Decimal& number)
+[[gnu::always_inline]] inline double to_double(const Decimal& number)
 {
     // Both factors are exact, so one division or product rounds once.
     if (number.digits < (std::uint64_t{1} << 53) && number.exponent >= -22 && number.exponent <= 22 && !number.cut)
@@ -95,7 +95,7 @@ inline double to_double(const Decimal& number)
 }
 
 /// The nearest 32-bit number; infinite when it is out of range.
-inline float to_float(const Decimal& number)
+[[gnu::always_inline]] inline float to_float(const Decimal& number)
 {
     if (number.digits < (std::uint64_t{1} << 53) && number.exponent >= -22 && number.exponent <= 22 && !number.cut)
         [[likely]] {
@@ -118,7 +118,7 @@ inline float to_float(const Decimal& number)
 
 /// True when `value`, the nearest 32-bit number, holds as much as 64 bits would: written with the fewest digits that
 /// tell it apart it gives the same decimal again, or it equals the 64-bit number.
-inline bool fits_float(const Decimal& number, float value)
+[[gnu::always_inline]] inline bool fits_float(const Decimal& number, float value)
 {
     // The decimals of this many places lie further apart than floats do where digits < 2^23, so the float's interval
     // holds no other one.
@@ -132,7 +132,15 @@ inline bool fits_float(const Decimal& number, float value)
 }
 
 /// The number as a 32-bit integer; nothing when it is not a whole number of that range. "2.0" and "1E2" are whole.
-std::optional<std::int32_t> to_integer(const Decimal& number);
+std::optional<std::int32_t> slow_integer(const Decimal& number);
+[[gnu::always_inline]] inline std::optional<std::int32_t> to_integer(const Decimal& number)
+{
+    if (number.exponent == 0 && !number.cut && number.digits <= 0x7FFFFFFF) [[likely]] {
+        const auto value = static_cast<std::int32_t>(number.digits);
+        return number.negative ? -value : value;
+    }
+    return slow_integer(number);
+}
 
 /// Writes numbers with the fewest digits that give the same number back. Remembers how many decimals the last one had,
 /// since neighbours in a file tend to have the same.
@@ -143,7 +151,14 @@ public:
     /// Writes at out (room for most_characters) and returns the end. value must be finite.
     char* write(char* out, float value) { return write_real(out, value); }
     char* write(char* out, double value) { return write_real(out, value); }
-    static char* write(char* out, std::int32_t value) { return std::to_chars(out, out + most_characters, value).ptr; }
+    static char* write(char* out, std::int32_t value)
+    {
+        if (value >= 0 && value < 10) {
+            *out = static_cast<char>('0' + value);
+            return out + 1;
+        }
+        return std::to_chars(out, out + most_characters, value).ptr;
+    }
 
 private:
     template <class Real> char* write_real(char* out, Real value);

@@ -1,5 +1,7 @@
 #include <Lodex/qtools/LQNumberEdits.h>
 
+#include <lodex/utils/Numbers.h>
+
 #include <QDoubleValidator>
 #include <QIntValidator>
 #include <QLocale>
@@ -46,12 +48,7 @@ double LQDoubleLineEdit::value() const
 
 void LQDoubleLineEdit::setValue(double value)
 {
-    value += 0.0; // "-0" would only puzzle its reader
-    bool ok = false;
-    QString shown = QString::number(value, 'g', 6);
-    if (read_double(shown, ok) != value)
-        shown = QString::number(value, 'g', QLocale::FloatingPointShortest);
-    setText(shown);
+    setText(QString::fromStdString(lodex::format_shortest(value + 0.0))); // "-0" would only puzzle its reader
 }
 
 bool LQDoubleLineEdit::isValid() const

@@ -2,6 +2,8 @@
 
 #include <Lodex/gviews/Camera.h>
 
+#include <lodex/utils/Immortal.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -11,8 +13,8 @@ namespace {
 
 std::vector<Lodex::Camera*>& cameras()
 {
-    static std::vector<Lodex::Camera*> list;
-    return list;
+    static Immortal<std::vector<Lodex::Camera*>> list;
+    return list.get();
 }
 
 } // namespace
@@ -30,10 +32,14 @@ void remove_camera(Lodex::Camera* camera)
 
 int update_all_cameras()
 {
-    const auto list = cameras(); // a camera may go while it answers
-    for (Lodex::Camera* camera : list)
+    int count = 0;
+    for (Lodex::Camera* camera : std::vector(cameras())) {
+        if (std::ranges::find(cameras(), camera) == cameras().end())
+            continue; // went away while another one answered
         camera->request_update();
-    return static_cast<int>(list.size());
+        ++count;
+    }
+    return count;
 }
 
 } // namespace lodex

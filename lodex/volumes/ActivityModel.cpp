@@ -17,6 +17,10 @@ using Lodex::GridRefinementData;
 using Lodex::LayerInfo;
 using Lodex::UGridIndex3d;
 
+GridActivityModel::GridActivityModel(const CornerPointGrid& grid) : grid_(grid) {}
+
+GridActivityModel::~GridActivityModel() = default;
+
 void GridActivityModel::rebuild()
 {
     layers_.clear();
@@ -81,7 +85,7 @@ std::vector<std::vector<std::string>> groups(const std::string& text, std::size_
     return list;
 }
 
-std::string to_text(const GridCoarseningData::Modification& m)
+std::string modification_text(const GridCoarseningData::Modification& m)
 {
     return std::to_string(m.axis + 1) + "+" + std::to_string(m.first) + "+" + std::to_string(m.last) + "+" +
            std::to_string(m.step);
@@ -174,7 +178,7 @@ std::string to_text(const GridCoarseningData& data)
 {
     std::string list;
     for (const auto& modification : data.modifications())
-        list = join(std::move(list), to_text(modification));
+        list = join(std::move(list), modification_text(modification));
     return list;
 }
 
@@ -258,7 +262,7 @@ SGridGridCoarseningModificationActivityData::create_coarsening_activity(SGrid* g
         "lodex on SGrid " + grid->name().str() + " create_coarsening_activity " + lodex::quoted(name.str()) + " modifications ";
     lodex::Interpreter::instance().append_to_journal(statement + lodex::to_text(*owned));
     activity->grid_coarsening_data()->set_listener([statement](const GridCoarseningData::Modification& added) {
-        lodex::Interpreter::instance().append_to_journal(statement + lodex::to_text(added));
+        lodex::Interpreter::instance().append_to_journal(statement + lodex::modification_text(added));
     });
     target.activities().add(activity);
     target.notify();

@@ -14,7 +14,8 @@ class GridLayer;
 /// Layers and activities of one grid. An activity between two grids is shared by both and outlives either.
 class GridActivityModel final : public Lodex::SGridActivityModel {
 public:
-    explicit GridActivityModel(const CornerPointGrid& grid) : grid_(grid) {}
+    explicit GridActivityModel(const CornerPointGrid& grid);
+    ~GridActivityModel() override;
     /// Follows the model's layers.
     void rebuild();
 

@@ -16,6 +16,7 @@ public:
     [[nodiscard]] virtual bool accepts_zero(double power) const = 0;
 };
 
+/// Makes upscalers of one method.
 class UpscalerFactory : public Lodex::Factory {
 public:
     [[nodiscard]] virtual std::unique_ptr<Upscaler> create() const = 0;

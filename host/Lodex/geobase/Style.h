@@ -14,6 +14,7 @@ struct StyleInfo {
     CString attribute;
 };
 
+/// Follows one or more styles. An observer must be detached before it dies.
 class StyleObserver {
 public:
     virtual ~StyleObserver() = default;

@@ -15,6 +15,7 @@ public:
     virtual bool run_cmd(std::ostringstream& command, Action* after) = 0;
 };
 
+/// The command interpreter of the process.
 class CommandLib {
 public:
     [[nodiscard]] static CommandLib* instance();

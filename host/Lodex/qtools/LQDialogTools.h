@@ -4,6 +4,7 @@ class QWidget;
 
 namespace Lodex {
 
+/// What a dialog needs to know of the windows around it.
 class LQDialogTools {
 public:
     /// The host's current top-level window; null when it has none.

@@ -49,11 +49,13 @@ private:
     std::vector<std::pair<int, std::function<void()>>> observers_;
 };
 
+/// A whole number, such as the section number that a tool and an editor share.
 class IntValue : public ObservableValue<int> {
 public:
     using ObservableValue::ObservableValue;
 };
 
+/// A text, such as the name that several editors share.
 class StringValue : public ObservableValue<CString> {
 public:
     using ObservableValue::ObservableValue;

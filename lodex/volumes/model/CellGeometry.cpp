@@ -1,5 +1,6 @@
 #include "CellGeometry.h"
 
+#include "LargeArray.h"
 #include "Summation.h"
 #include "VolumeRows.h"
 
@@ -107,7 +108,7 @@ double cell_height(const GridModel& model, std::int64_t i, std::int64_t j, std::
 
 std::vector<double> cell_volumes(const GridModel& model, const ProgressCheck& progress)
 {
-    std::vector<double> result(static_cast<std::size_t>(model.cells()));
+    std::vector<double> result = make_array<double>(static_cast<std::size_t>(model.cells()));
     for_volume_rows(model, GridBlocks(model.size), progress,
                     [&](std::int64_t, const GridBlocks::Box& box, std::int64_t j, std::int64_t k,
                         std::span<const double> volumes) {

@@ -2,6 +2,7 @@
 
 #include "CellGeometry.h"
 #include "FaultBlocks.h"
+#include "LargeArray.h"
 #include "Layering.h"
 #include "MergeCarry.h"
 #include "PropertyTools.h"
@@ -723,8 +724,13 @@ GridModel merge_by_plans(const GridModel& source, const Plans& plans, const Merg
     std::vector<double> wide;
     const bool is_double = source.zcorn.is_double() || surfaces;
     std::vector<std::function<void()>> allocations;
-    allocations.emplace_back([&] { is_double ? wide.resize(8 * cells) : narrow.resize(8 * cells); });
-    allocations.emplace_back([&] { result.active.resize(cells); });
+    allocations.emplace_back([&] {
+        if (is_double)
+            wide = make_array<double>(8 * cells);
+        else
+            narrow = make_array<float>(8 * cells);
+    });
+    allocations.emplace_back([&] { result.active = make_array<std::uint8_t>(cells); });
     if (options.copy_properties)
         for (const PropertyData& property : source.properties)
             if (chosen(options.properties, property.name))
@@ -740,11 +746,15 @@ GridModel merge_by_plans(const GridModel& source, const Plans& plans, const Merg
                                                                             plans[1].groups, plans[2].groups); });
         else
             allocations.emplace_back([&property, &from, cells] {
-                std::visit([&](const auto& v) { property.values = std::remove_cvref_t<decltype(v)>(cells); }, from.values);
+                std::visit(
+                    [&](const auto& v) {
+                        property.values = make_array<typename std::remove_cvref_t<decltype(v)>::value_type>(cells);
+                    },
+                    from.values);
             });
     }
     for (RegionData& region : result.regions)
-        allocations.emplace_back([&] { region.flags.resize(cells); });
+        allocations.emplace_back([&] { region.flags = make_array<std::uint8_t>(cells); });
     tbb::parallel_for(std::size_t{0}, allocations.size(), [&](std::size_t n) { allocations[n](); });
 
     Job job{source, result, plans, {}, {}, options.percentile, surfaces};

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 namespace lodex {
@@ -10,8 +11,8 @@ namespace exactly {
 
 namespace {
 
-constexpr double ln2_high = 0x1.62e42fefa38p-1; // trailing zeros: a product with an exponent is exact
-constexpr double ln2_low = 0x1.ef35793c7673p-45;
+constexpr double ln2_high = 0x1.62e42feep-1; // trailing zeros: a product with an exponent is exact
+constexpr double ln2_low = 0x1.a39ef35793c76p-33;
 
 // 2^n for a normal result.
 double power_of_two(int n)
