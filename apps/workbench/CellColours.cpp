@@ -3,11 +3,14 @@
 #include "lodex/geobase/ProjectUnits.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
+#include "lodex/volumes/model/PropertyTools.h"
 #include "lodex/volumes/model/Statistics.h"
 
 #include <Lodex/geobase/Property.h>
 #include <Lodex/geobase/Style.h>
 #include <Lodex/qtools/QtText.h>
+
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <array>
@@ -160,13 +163,8 @@ void CellColours::use_scale(const PropertyData& property, const CornerPointGrid&
 
 std::optional<double> CellColours::value(std::int64_t cell) const
 {
-    if (!property_)
-        return std::nullopt;
-    const double number = std::visit([cell](const auto& values) { return static_cast<double>(values[static_cast<std::size_t>(cell)]); },
-                                     property_->values);
-    if (!std::isfinite(number) || (property_->no_data && number == *property_->no_data))
-        return std::nullopt;
-    return number;
+    const double number = value_or_nan(*property_, static_cast<std::size_t>(cell));
+    return std::isnan(number) ? std::nullopt : std::optional(number);
 }
 
 double CellColours::place_of(double number) const

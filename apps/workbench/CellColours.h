@@ -85,3 +85,5 @@ private:
 [[nodiscard]] QString length_unit_text(const CornerPointGrid& grid);
 
 } // namespace lodex
+
+Q_DECLARE_METATYPE(lodex::Colouring)

@@ -76,8 +76,10 @@ struct GeobaseLib::Impl {
     void refuse_bound_style(const GObj* object) const
     {
         for (const auto& entry : entries) {
-            if (entry->style && entry->style.get() == object)
-                throw std::invalid_argument("The style " + quoted(object->name()) + " goes with the object of its name");
+            if (entry->style && entry->style.get() == object) {
+                throw std::invalid_argument("The style " + quoted(object->name()) +
+                                            " goes with the object of its name");
+            }
         }
     }
 };
@@ -175,8 +177,8 @@ void GeobaseLib::destroy(GObj* object)
     const auto it = impl_->position(object);
     if (it == impl_->entries.end())
         return;
-    // Out of the list first: an observer that lists the catalogue anew does not see the object, and one that destroys it
-    // once more does no harm.
+    // Out of the list first: an observer that lists the catalogue anew does not see the object, and one that destroys
+    // it once more does no harm.
     Impl::Entry* const entry = it->get();
     impl_->going.push_back(std::move(impl_->entries[static_cast<std::size_t>(it - impl_->entries.begin())]));
     impl_->entries.erase(it);

@@ -25,7 +25,10 @@ public:
 class ProjectCoordinateSystem : public Lodex::MapCoordinateSystem {
 public:
     [[nodiscard]] const Lodex::MeasurementUnit& vertical_unit() const override { return measurement_unit(vertical); }
-    [[nodiscard]] const Lodex::MeasurementUnit& horizontal_unit() const override { return measurement_unit(horizontal); }
+    [[nodiscard]] const Lodex::MeasurementUnit& horizontal_unit() const override
+    {
+        return measurement_unit(horizontal);
+    }
     [[nodiscard]] bool depth_positive_down() const override { return true; }
 
     LengthUnit horizontal = LengthUnit::Metre;

@@ -13,8 +13,8 @@ enum class LengthUnit { Metre, Foot };
 /// Name ("m", "ft") and scale (1, 0.3048) of a unit; lives as long as the process.
 [[nodiscard]] const Lodex::MeasurementUnit& measurement_unit(LengthUnit unit);
 
-/// The unit that a word stands for, without regard to case: m, metre(s), meter(s), metric; ft, foot, feet, field. Nothing
-/// for any other word.
+/// The unit that a word stands for, without regard to case: m, metre(s), meter(s), metric; ft, foot, feet, field.
+/// Nothing for any other word.
 [[nodiscard]] std::optional<LengthUnit> length_unit_from_word(std::string_view word);
 
 /// The project's units, metres at first. GUI thread only.

@@ -66,8 +66,8 @@ std::string decode(std::string_view text)
     return result;
 }
 
-/// Length of the scheme in front of the first ":", 0 when there is none. A plain name may hold a ":", so a foreign scheme
-/// counts only where a path with "/" follows.
+/// Length of the scheme in front of the first ":", 0 when there is none. A plain name may hold a ":", so a foreign
+/// scheme counts only where a path with "/" follows.
 std::size_t scheme_length(std::string_view text)
 {
     const std::size_t colon = text.find(':');

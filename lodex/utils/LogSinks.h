@@ -9,8 +9,8 @@
 
 namespace lodex {
 
-/// Writes messages to a stream such as standard error, one per line: "warning: ...", "error: ..." (for Error and Fatal),
-/// plain text for Info. Enters itself with the logger and takes itself out.
+/// Writes messages to a stream such as standard error, one per line: "warning: ...", "error: ..." (for Error and
+/// Fatal), plain text for Info. Enters itself with the logger and takes itself out.
 class ScreenSink : public Lodex::LogSink {
 public:
     /// The stream must outlive the sink; messages below `least` are left out.
@@ -31,8 +31,8 @@ private:
     std::atomic<bool> quiet_{false};
 };
 
-/// Appends messages of all levels to a file: UTC time, level, text; further lines of a message are indented. Each message
-/// is on the disk before the next one. Enters itself with the logger and takes itself out.
+/// Appends messages of all levels to a file: UTC time, level, text; further lines of a message are indented. Each
+/// message is handed to the system before the next one. Enters itself with the logger and takes itself out.
 class FileSink : public Lodex::LogSink {
 public:
     /// Throws std::runtime_error when the file cannot be opened for writing.

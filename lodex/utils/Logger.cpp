@@ -14,8 +14,8 @@ namespace Lodex {
 
 namespace {
 
-/// A sink with a lock of its own: messages reach it one at a time, and its removal waits for the one under way. The lock
-/// is recursive because a sink may run an event loop (a message box) in which the same thread logs or removes the sink.
+/// A sink with a lock of its own: messages reach it one at a time, and its removal waits for the one under way. The
+/// lock is recursive because a sink may run an event loop (a message box) in which the same thread logs or removes it.
 struct Entry {
     std::recursive_mutex mutex;
     LogSink* sink = nullptr; ///< null once removed

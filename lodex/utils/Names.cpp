@@ -115,7 +115,8 @@ std::optional<std::string> check_object_name(std::string_view name, std::span<co
     std::optional<std::string> problem;
     for_each_word(name, [&](std::string_view word) {
         if (!problem && contains(forbidden_words, word))
-            problem = start + "must not hold the word \"" + std::string(word) + "\", which is a keyword of the command.";
+            problem =
+                start + "must not hold the word \"" + std::string(word) + "\", which is a keyword of the command.";
     });
     return problem;
 }

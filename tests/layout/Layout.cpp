@@ -314,8 +314,8 @@ Library library_of(std::string_view header)
         "mutex", "new", "numbers", "numeric", "optional", "ostream", "queue", "random", "ranges", "ratio", "regex",
         "scoped_allocator", "semaphore", "set", "shared_mutex", "source_location", "span", "sstream", "stack",
         "stdexcept", "stop_token", "streambuf", "string", "string_view", "syncstream", "system_error", "thread",
-        "tuple", "type_traits", "typeindex", "typeinfo", "unordered_map", "unordered_set", "utility", "valarray", "variant",
-        "vector", "version", "cassert", "cctype", "cerrno", "cfenv", "cfloat", "cinttypes", "climits", "clocale",
+        "tuple", "type_traits", "typeindex", "typeinfo", "unordered_map", "unordered_set", "utility", "valarray",
+        "variant", "vector", "version", "cassert", "cctype", "cerrno", "cfenv", "cfloat", "cinttypes", "climits", "clocale",
         "cmath", "csetjmp", "csignal", "cstdarg", "cstddef", "cstdint", "cstdio", "cstdlib", "cstring", "ctime",
         "cuchar", "cwchar", "cwctype"};
     static const std::set<std::string_view> system{
