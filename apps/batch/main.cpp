@@ -76,9 +76,10 @@ int show_help(const std::vector<std::string>& words)
     return AllDone;
 }
 
-int show_verbs(bool json)
+int show_verbs(bool json, bool markdown)
 {
-    std::cout << (json ? VerbRegistry::instance().to_json() + "\n" : VerbRegistry::instance().help({}));
+    const VerbRegistry& verbs = VerbRegistry::instance();
+    std::cout << (json ? verbs.to_json() + "\n" : markdown ? verbs.to_markdown() : verbs.help({}));
     return AllDone;
 }
 
@@ -141,9 +142,10 @@ int main(int argc, char** argv)
     run->add_option("FILE", options.scripts, "Scripts, run in order")->required();
 
     CLI::App* verbs = app.add_subcommand("verbs", "List the verbs of the command language");
-    bool verbs_json = false;
+    bool verbs_json = false, verbs_markdown = false;
     verbs->fallthrough(false);
     verbs->add_flag("--json", verbs_json, "As JSON");
+    verbs->add_flag("--markdown", verbs_markdown, "As the guide's reference page")->excludes("--json");
 
     CLI::App* help = app.add_subcommand("help", "Explain a verb");
     std::vector<std::string> help_words;
@@ -183,7 +185,7 @@ int main(int argc, char** argv)
 
     int status = BadUsage;
     if (verbs->parsed())
-        status = show_verbs(verbs_json);
+        status = show_verbs(verbs_json, verbs_markdown);
     else if (help->parsed())
         status = show_help(help_words);
     else if (info->parsed())

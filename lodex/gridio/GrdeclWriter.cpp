@@ -133,6 +133,13 @@ private:
 
     void write_reals(const std::string& keyword, const RealArray& values, std::size_t per_line)
     {
+        values.visit([&](auto span) {
+            const auto bad = std::find_if(span.begin(), span.end(), [](auto value) { return !std::isfinite(value); });
+            if (bad != span.end()) {
+                fail(keyword + " has the value " + shortest_text(*bad) + " at position "
+                     + std::to_string(bad - span.begin() + 1) + ", expected a finite number");
+            }
+        });
         note("STORE " + keyword + (values.is_double() ? " store double" : " store float"));
         begin_keyword(keyword);
         values.visit([&](auto span) { write_values(span, per_line, keyword); });

@@ -95,6 +95,29 @@ float slow_float(const Decimal& number)
     return slow_value<float>(number);
 }
 
+namespace {
+
+/// Without trailing zeros, so that equal decimals have equal parts.
+void strip_zeros(std::uint64_t& digits, std::int32_t& exponent)
+{
+    while (digits != 0 && digits % 10 == 0) {
+        digits /= 10;
+        ++exponent;
+    }
+}
+
+bool is_shortest_of(float magnitude, std::uint64_t digits, std::int32_t exponent)
+{
+    std::array<char, NumberFormatter::most_characters> text{}; // ends with zeros
+    std::to_chars(text.data(), text.data() + text.size() - 1, magnitude, std::chars_format::scientific);
+    Decimal back;
+    parse_decimal(text.data(), back);
+    strip_zeros(back.digits, back.exponent);
+    return back.digits == digits && (digits == 0 || back.exponent == exponent);
+}
+
+} // namespace
+
 bool slow_fits_float(const Decimal& number, float value)
 {
     if (!std::isfinite(value)) {
@@ -108,36 +131,18 @@ bool slow_fits_float(const Decimal& number, float value)
     }
     std::uint64_t digits = number.digits;
     std::int32_t exponent = number.exponent;
-    while (digits != 0 && digits % 10 == 0) {
-        digits /= 10;
-        ++exponent;
-    }
-    // A float needs at most 9 digits.
-    if (digits >= 1'000'000'000) {
+    strip_zeros(digits, exponent);
+    constexpr std::uint64_t most_digits = 1'000'000'000; // no float needs more than nine
+    if (digits >= most_digits) {
         return false;
     }
     const float magnitude = std::fabs(value);
-    if (magnitude < std::numeric_limits<float>::min()) {
-        std::array<char, NumberFormatter::most_characters> text{};
-        const char* const end = std::to_chars(text.data(), text.data() + text.size() - 1, value).ptr;
-        Decimal back;
-        if (parse_decimal(text.data(), back) != end) {
-            return false;
-        }
-        while (back.digits != 0 && back.digits % 10 == 0) {
-            back.digits /= 10;
-            ++back.exponent;
-        }
-        return back.digits == digits && back.exponent == exponent;
-    }
-    if (digits < (std::uint64_t{1} << 23)) {
+    if (magnitude >= std::numeric_limits<float>::min() && digits < (std::uint64_t{1} << 23)) {
         return true;
     }
-    if (exponent < -22 || exponent > 22) {
-        std::array<char, NumberFormatter::most_characters> text{};
-        const char* const end = std::to_chars(text.data(), text.data() + text.size() - 1, value).ptr;
-        Decimal back;
-        return parse_decimal(text.data(), back) == end && back.digits == digits && back.exponent == exponent;
+    const bool power_of_two = (std::bit_cast<std::uint32_t>(magnitude) & 0x7FFFFF) == 0;
+    if (magnitude < std::numeric_limits<float>::min() || exponent < -22 || exponent > 22 || power_of_two) {
+        return is_shortest_of(magnitude, digits, exponent);
     }
     // Everything in units of the last decimal place: the float, half the width of the interval of reals that round to
     // it, and the nearest decimal with one place less. The scaled float is exact to 2^-52 of about 1e9.
@@ -148,21 +153,10 @@ bool slow_fits_float(const Decimal& number, float value)
     const double offset = std::fabs(scaled - static_cast<double>(digits));
     const double shorter = std::fabs(scaled - 10 * std::nearbyint(scaled / 10));
     constexpr double margin = 1e-5;
-    const bool power_of_two = (std::bit_cast<std::uint32_t>(magnitude) & 0x7FFFFF) == 0;
-    if (std::fabs(offset - 0.5) > margin && std::fabs(shorter - half_width) > margin && !power_of_two) {
+    if (std::fabs(offset - 0.5) > margin && std::fabs(shorter - half_width) > margin) {
         return offset < 0.5 && shorter > half_width;
     }
-    std::array<char, NumberFormatter::most_characters> text{};
-    const char* const end = std::to_chars(text.data(), text.data() + text.size() - 1, magnitude).ptr;
-    Decimal back;
-    if (parse_decimal(text.data(), back) != end) {
-        return false;
-    }
-    while (back.digits != 0 && back.digits % 10 == 0) {
-        back.digits /= 10;
-        ++back.exponent;
-    }
-    return back.digits == digits && back.exponent == exponent;
+    return is_shortest_of(magnitude, digits, exponent);
 }
 
 } // namespace text_numbers

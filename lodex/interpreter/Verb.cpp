@@ -64,6 +64,7 @@ std::string placeholder(const Keyword& keyword)
             text += (text.empty() ? "" : "|") + choice;
         return text;
     }
+    case ValueKind::Text: return keyword.positional ? upper(keyword.name) : "VALUE";
     default: return keyword.positional ? upper(keyword.name) : "NAME";
     }
 }
@@ -163,6 +164,32 @@ std::string VerbRegistry::to_json() const
                         {"keywords", std::move(keywords)}});
     }
     return ordered_json{{"verbs", std::move(list)}}.dump(2);
+}
+
+std::string VerbRegistry::to_markdown() const
+{
+    std::ostringstream out;
+    for (const auto& [key, verb] : verbs_) {
+        out << "## " << (verb.object_type.empty() ? verb.name : verb.object_type + ": " + verb.name) << "\n\n" << verb.summary
+            << (verb.journalled ? "" : " Not journalled.") << "\n\n```\n" << verb.usage() << "\n```\n\n";
+        if (verb.keywords.empty())
+            continue;
+        out << "| keyword | value | meaning |\n|---|---|---|\n";
+        for (const Keyword& declared : verb.keywords) {
+            out << "| `" << declared.name << "` | " << to_text(declared.kind);
+            if (!declared.unit.empty())
+                out << " in " << declared.unit;
+            if (declared.required)
+                out << ", required";
+            if (!declared.default_value.empty())
+                out << ", default " << declared.default_value;
+            if (declared.may_be_empty)
+                out << ", may be empty";
+            out << " | " << declared.meaning << " |\n";
+        }
+        out << '\n';
+    }
+    return out.str();
 }
 
 std::string VerbRegistry::help(std::string_view name) const

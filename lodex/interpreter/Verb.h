@@ -85,6 +85,8 @@ public:
 
     /// Every declaration, for tools: {"verbs": [{name, object_type, summary, usage, journalled, keywords: [...]}]}.
     [[nodiscard]] std::string to_json() const;
+    /// The reference page, one section a verb.
+    [[nodiscard]] std::string to_markdown() const;
     /// Help text of a verb, several lines; of all verbs, one line each, when the name is empty. Empty when there is none.
     [[nodiscard]] std::string help(std::string_view name) const;
 

@@ -38,7 +38,7 @@ QString style_sheet(const QPalette& palette)
 {
     const QString line = palette.color(QPalette::Mid).name();
     return QStringLiteral("h1 { font-size: x-large; } h2 { font-size: large; margin-top: 18px; } "
-                          "th { text-align: left; padding: 3px 8px 3px 0; } "
+                          "table { border-collapse: collapse; } th { text-align: left; padding: 3px 8px 3px 0; } "
                           "td { padding: 3px 8px 3px 0; border-top: 1px solid %1; } "
                           "a { color: %2; } code { font-family: monospace; }")
         .arg(line, palette.color(QPalette::Link).name());

@@ -50,7 +50,8 @@ QString plain(QString text)
 }
 
 /// What Escape and the close button of the window shall do: the dialog's cancel(), either found on the body or one of
-/// its parts, or behind the Cancel button when the dialog's object stands outside of the body. False when there is none.
+/// its parts, or behind the Cancel button when the dialog's object stands outside of the body; else the body's own
+/// reject(). False when there is none of these.
 bool run_cancel(QWidget* body)
 {
     if (has_cancel_slot(body))
@@ -67,6 +68,10 @@ bool run_cancel(QWidget* body)
             button->click();
             return true;
         }
+    }
+    if (auto* dialog = qobject_cast<QDialog*>(body)) {
+        dialog->reject();
+        return true;
     }
     return false;
 }

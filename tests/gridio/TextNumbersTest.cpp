@@ -2,18 +2,22 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
+#include <string_view>
+#include <vector>
 
 namespace lodex {
 namespace {
 
-Decimal parsed(const std::string& text)
+/// The number refers to the text.
+Decimal parsed(const char* text)
 {
     Decimal number;
-    const char* const end = parse_decimal(text.c_str(), number);
-    EXPECT_EQ(end, text.c_str() + text.size()) << text;
+    EXPECT_EQ(*parse_decimal(text, number), '\0') << text;
     return number;
 }
 
@@ -24,7 +28,7 @@ double reference_double(const std::string& text)
 
 TEST(TextNumbers, ReadsAllFormsOfOneNumber)
 {
-    for (const std::string text : {"12.5", "+12.5", "12.50", "0012.5", "1.25e1", "1.25E+1", "1.25d1", "1.25D+01", "125e-1",
+    for (const char* text : {"12.5", "+12.5", "12.50", "0012.5", "1.25e1", "1.25E+1", "1.25d1", "1.25D+01", "125e-1",
                                    "12.500000000000000000000000000", "0.000000000000000000000125e23"}) {
         EXPECT_EQ(to_double(parsed(text)), 12.5) << text;
         EXPECT_EQ(to_float(parsed(text)), 12.5F) << text;
@@ -82,15 +86,15 @@ TEST(TextNumbers, RangeEnds)
 
 TEST(TextNumbers, ThirtyTwoBitsFitWhenTheShortestTextComesBack)
 {
-    const auto fits = [](const std::string& text) {
+    const auto fits = [](const char* text) {
         const Decimal number = parsed(text);
         return fits_float(number, to_float(number));
     };
-    for (const char* text : {"0", "-0.0", "0.1", "0.25000000", "1726.187", "8808.052", "0.17749392", "16777216", "16777218",
+    for (const char* text : {"0", "-0.0", "0.1", "0.25000000", "1726.187", "8808.052", "0.17749391", "16777216", "16777218",
                              "3.4028235e38", "1e-45", "999999", "0.100000001490116119384765625", "1e10"}) {
         EXPECT_TRUE(fits(text)) << text;
     }
-    for (const char* text : {"16777217", "0.177493915", "462919.5147", "5932719.51", "1e39", "1e-46", "0.123456789",
+    for (const char* text : {"16777217", "0.177493915", "0.17749392", "462919.5147", "5932719.51", "1e39", "1e-46", "0.123456789",
                              "3.141592653589793", "8973.952773"}) {
         EXPECT_FALSE(fits(text)) << text;
     }
@@ -107,7 +111,8 @@ TEST(TextNumbers, FitsAgreesWithTheLibraryOnRandomDecimals)
         std::snprintf(text.data(), text.size(), "%.*g", digits, static_cast<double>(value) * (i % 2 == 0 ? 1 : 1 + 1e-7));
         const Decimal number = parsed(text.data());
         const float nearest = to_float(number);
-        *std::to_chars(shortest.data(), shortest.data() + shortest.size() - 1, nearest).ptr = '\0';
+        *std::to_chars(shortest.data(), shortest.data() + shortest.size() - 1, nearest, std::chars_format::scientific).ptr =
+            '\0';
         const bool expected = std::isfinite(nearest)
             && (reference_double(shortest.data()) == reference_double(text.data())
                 || static_cast<double>(nearest) == reference_double(text.data()));
@@ -137,8 +142,12 @@ template <class Real> void expect_shortest(const std::vector<Real>& values)
         Real back{};
         ASSERT_EQ(std::from_chars(text.data(), end, back).ptr, end) << text.data();
         EXPECT_EQ(std::memcmp(&back, &value, sizeof(Real)), 0) << text.data();
-        // No shorter one in digits: the library's shortest has as many.
+        // The library's shortest, in its notation or with its digits.
         std::array<char, 64> library{};
+        const std::string_view plain(library.data(), std::to_chars(library.data(), library.data() + 64, value).ptr);
+        if (plain == std::string_view(text.data(), end)) {
+            continue;
+        }
         const char* const library_end =
             std::to_chars(library.data(), library.data() + library.size(), value, std::chars_format::scientific).ptr;
         const auto count = [](const char* p, const char* last) {

@@ -315,9 +315,9 @@ Library library_of(std::string_view header)
         "scoped_allocator", "semaphore", "set", "shared_mutex", "source_location", "span", "sstream", "stack",
         "stdexcept", "stop_token", "streambuf", "string", "string_view", "syncstream", "system_error", "thread",
         "tuple", "type_traits", "typeindex", "typeinfo", "unordered_map", "unordered_set", "utility", "valarray",
-        "variant", "vector", "version", "cassert", "cctype", "cerrno", "cfenv", "cfloat", "cinttypes", "climits", "clocale",
-        "cmath", "csetjmp", "csignal", "cstdarg", "cstddef", "cstdint", "cstdio", "cstdlib", "cstring", "ctime",
-        "cuchar", "cwchar", "cwctype"};
+        "variant", "vector", "version", "cassert", "cctype", "cerrno", "cfenv", "cfloat", "cinttypes", "climits",
+        "clocale", "cmath", "csetjmp", "csignal", "cstdarg", "cstddef", "cstdint", "cstdio", "cstdlib", "cstring",
+        "ctime", "cuchar", "cwchar", "cwctype"};
     static const std::set<std::string_view> system{
         "unistd.h", "fcntl.h", "errno.h", "signal.h", "dlfcn.h", "poll.h", "pwd.h", "spawn.h", "dirent.h", "malloc.h",
         "sched.h", "time.h", "cxxabi.h", "execinfo.h", "immintrin.h"};

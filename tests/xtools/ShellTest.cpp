@@ -102,6 +102,19 @@ public slots:
     }
 };
 
+/// A body whose reject() asks first.
+class ReluctantBody : public QDialog {
+public:
+    void reject() override
+    {
+        ++rejected;
+        if (willing)
+            QDialog::reject();
+    }
+    int rejected = 0;
+    bool willing = false;
+};
+
 /// A part of a body with the slot.
 class CancellingPart : public QLabel {
     Q_OBJECT
@@ -248,7 +261,7 @@ TEST(Shell, CancelSlotOfAPartIsFound)
 {
     auto* body = new QDialog;
     auto* part = new CancellingPart("text", body);
-    QMessageBox other(body); // a window of its own inside the body: not asked
+    new QMessageBox(body); // a window of its own inside the body
     XMQShell shell(body, "PartShell", "Part");
     shell.show();
     QTest::keyClick(shell.widget(), Qt::Key_Escape);
@@ -268,6 +281,34 @@ TEST(Shell, WithoutCancelEscapeCloses)
     run_deletions();
     EXPECT_TRUE(shell.isNull());
     EXPECT_EQ(deleted, 1);
+}
+
+TEST(Shell, WithoutCancelTheBodysRejectDecides)
+{
+    int deleted = 0;
+    auto* body = new ReluctantBody;
+    QPointer<XMQShell> shell = new XMQShell(body, "ReluctantShell", "Reluctant");
+    shell->set_delete_action(new CountingAction(deleted));
+    shell->show();
+    QTest::keyClick(body, Qt::Key_Escape);
+    EXPECT_EQ(body->rejected, 1);
+    EXPECT_TRUE(shell->widget()->isVisible());
+    body->willing = true;
+    shell->widget()->close();
+    EXPECT_EQ(body->rejected, 2);
+    EXPECT_FALSE(shell->widget()->isVisible());
+    run_deletions();
+    EXPECT_TRUE(shell.isNull());
+    EXPECT_EQ(deleted, 1);
+}
+
+TEST(Shell, BodyThatIsNoDialogJustCloses)
+{
+    QPointer<XMQShell> shell = new XMQShell(new QLabel("text"), "LabelShell", "Label");
+    shell->show();
+    QTest::keyClick(shell->widget(), Qt::Key_Escape);
+    run_deletions();
+    EXPECT_TRUE(shell.isNull());
 }
 
 TEST(Shell, DisabledCancelButtonIsNotClicked)

@@ -41,7 +41,7 @@ CellCorners cell_corners(const GridModel& model, std::int64_t i, std::int64_t j,
 std::array<Point3, 4> side_corners(const CellCorners& corners, CellSide side)
 {
     static constexpr std::array<std::array<std::size_t, 4>, 6> places{
-        {{0, 2, 6, 4}, {1, 5, 7, 3}, {0, 4, 5, 1}, {2, 3, 7, 6}, {0, 1, 3, 2}, {4, 6, 7, 5}}};
+        {{0, 4, 6, 2}, {1, 3, 7, 5}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 2, 3, 1}, {4, 5, 7, 6}}};
     std::array<Point3, 4> result;
     for (std::size_t n = 0; n < 4; ++n)
         result[n] = corners[places[static_cast<std::size_t>(side)][n]];
@@ -229,8 +229,8 @@ void check_arrays(const GridModel& model)
     std::int64_t layer_cells = 0;
     for (const LayerData& layer : model.layers)
         layer_cells += layer.nb_k_cells;
-    if (!model.layers.empty())
-        check("the layers", static_cast<std::size_t>(layer_cells), model.size[2]);
+    if (!model.layers.empty() && layer_cells != model.size[2])
+        throw ModelError(fmt::format("the layers have {} K cells, the grid has {}", layer_cells, model.size[2]));
 }
 
 } // namespace lodex

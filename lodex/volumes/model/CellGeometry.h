@@ -16,7 +16,7 @@ using Point3 = std::array<double, 3>;
 /// top side.
 using CellCorners = std::array<Point3, 8>;
 
-/// Side of a cell seen from outside, in this order: I-, I+, J-, J+, K-, K+.
+/// Side of a cell, in this order: I-, I+, J-, J+, K-, K+.
 enum class CellSide { IMinus, IPlus, JMinus, JPlus, KMinus, KPlus };
 
 /// Point of a pillar at a depth, linear between the pillar's two points and beyond them, in 64 bits. A pillar whose two
@@ -27,7 +27,8 @@ enum class CellSide { IMinus, IPlus, JMinus, JPlus, KMinus, KPlus };
 /// Corners of the cell i, j, k, 0-based. Indices are the caller's duty.
 [[nodiscard]] CellCorners cell_corners(const GridModel& model, std::int64_t i, std::int64_t j, std::int64_t k);
 
-/// The four corners of a side of a cell, going round it.
+/// The four corners of a side of a cell, going round it counterclockwise about the outward normal when the cell turns
+/// like (x, y, depth).
 [[nodiscard]] std::array<Point3, 4> side_corners(const CellCorners& corners, CellSide side);
 
 /// Mean of the eight corners, which is the image of the centre of the unit cube under the trilinear map.

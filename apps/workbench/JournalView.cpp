@@ -1,0 +1,84 @@
+#include "JournalView.h"
+
+#include "lodex/gridio/AtomicFile.h"
+#include "lodex/interpreter/Interpreter.h"
+
+#include <Lodex/utils/Logger.h>
+
+#include <QFileDialog>
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace lodex {
+
+JournalView::JournalView(QWidget* parent)
+    : QWidget(parent), text_(new QPlainTextEdit(this)), save_(new QPushButton(tr("Save as Script..."), this))
+{
+    setObjectName("journalView");
+    text_->setObjectName("journalText");
+    text_->setAccessibleName(tr("Journal"));
+    text_->setReadOnly(true);
+    text_->setUndoRedoEnabled(false);
+    text_->setLineWrapMode(QPlainTextEdit::NoWrap);
+    text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    text_->setPlaceholderText(tr("Statements that change a model are listed here."));
+    save_->setObjectName("journalSave");
+    save_->setToolTip(tr("Saves the journal as a command script, which makes the same models again"));
+
+    auto* row = new QHBoxLayout;
+    row->addStretch(1);
+    row->addWidget(save_);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(text_);
+    layout->addLayout(row);
+    connect(save_, &QPushButton::clicked, this, &JournalView::save_as_script);
+    Interpreter::instance().set_journal_listener([this] { follow(); });
+    follow();
+}
+
+JournalView::~JournalView()
+{
+    Interpreter::instance().set_journal_listener({});
+}
+
+void JournalView::follow()
+{
+    const auto& journal = Interpreter::instance().journal();
+    if (journal.size() < shown_) {
+        text_->clear();
+        shown_ = 0;
+    }
+    for (; shown_ < journal.size(); ++shown_)
+        text_->appendPlainText(QString::fromStdString(journal[shown_]));
+    save_->setEnabled(!journal.empty());
+}
+
+void JournalView::save_as_script()
+{
+    const QString path = QFileDialog::getSaveFileName(this, tr("Save the journal as a script"), QString(),
+                                                      tr("Command scripts (*.lodex);;All files (*)"));
+    if (path.isEmpty())
+        return;
+    try {
+        save_journal(path.toStdString());
+        Lodex::Logger::log(Lodex::LogLevel::Info, tr("The journal was saved to %1.").arg(path).toStdString());
+    } catch (const ModelError& error) {
+        Lodex::Logger::log(Lodex::LogLevel::Fatal, error.what());
+    }
+}
+
+void save_journal(const std::filesystem::path& path)
+{
+    AtomicFile file(path);
+    for (const std::string& statement : Interpreter::instance().journal()) {
+        file.write(statement);
+        file.write("\n");
+    }
+    file.commit();
+}
+
+} // namespace lodex
