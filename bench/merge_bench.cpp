@@ -2,9 +2,9 @@
 //
 // merge_bench [NI NJ NK] [repeats]
 //
-// Printed for each axis: the time of the merge with its volume report; the time that copying the arrays of the source and
-// the arrays of the result takes on as many threads, into fresh and into touched memory; the ratios; and the peak of the
-// resident memory of the first merge against what source and result hold.
+// Printed for each axis: the time of the merge with its volume report; the time that copying the arrays of the source
+// and the arrays of the result takes on as many threads, into fresh and into touched memory; the ratios; and the peak
+// of the resident memory of the first merge against what source and result hold.
 
 #include "lodex/volumes/model/CellGeometry.h"
 #include "lodex/volumes/model/Create.h"
@@ -44,7 +44,9 @@ double seconds_of(const std::function<void()>& work)
 std::vector<std::span<const std::byte>> arrays_of(const GridModel& model)
 {
     std::vector<std::span<const std::byte>> arrays;
-    const auto add = [&](const auto& numbers) { arrays.push_back(std::as_bytes(std::span(numbers))); };
+    const auto add = [&](const auto& numbers) {
+        arrays.push_back(std::as_bytes(std::span(numbers)));
+    };
     model.coord.visit([&](auto numbers) { add(numbers); });
     model.zcorn.visit([&](auto numbers) { add(numbers); });
     add(model.active);
@@ -145,15 +147,16 @@ void measure_axis(const lodex::GridSize& size, int axis, int repeats)
     const double merge = *std::ranges::min_element(merges);
     const double fresh = *std::ranges::min_element(fresh_copies);
     const double again = *std::ranges::min_element(copies_again);
-    std::printf("%c: %lld x %lld x %lld -> %lld x %lld x %lld, bulk volume %.9g -> %.9g, cell difference max %.3g mean %.3g\n",
-                "IJK"[axis], static_cast<long long>(size[0]), static_cast<long long>(size[1]),
-                static_cast<long long>(size[2]), static_cast<long long>(report.size_after[0]),
-                static_cast<long long>(report.size_after[1]), static_cast<long long>(report.size_after[2]),
-                report.bulk_volume_before, report.bulk_volume_after, report.max_relative_difference,
-                report.mean_relative_difference);
-    std::printf("   merge %.3f s; copy of %.0f + %.0f MB into fresh memory %.3f s: ratio %.2f; into touched memory %.3f s: "
-                "ratio %.2f\n",
-                merge, source_mb, result_mb, fresh, merge / fresh, again, merge / again);
+    std::printf(
+        "%c: %lld x %lld x %lld -> %lld x %lld x %lld, bulk volume %.9g -> %.9g, cell difference max %.3g mean %.3g\n",
+        "IJK"[axis], static_cast<long long>(size[0]), static_cast<long long>(size[1]), static_cast<long long>(size[2]),
+        static_cast<long long>(report.size_after[0]), static_cast<long long>(report.size_after[1]),
+        static_cast<long long>(report.size_after[2]), report.bulk_volume_before, report.bulk_volume_after,
+        report.max_relative_difference, report.mean_relative_difference);
+    std::printf(
+        "   merge %.3f s; copy of %.0f + %.0f MB into fresh memory %.3f s: ratio %.2f; into touched memory %.3f s: "
+        "ratio %.2f\n",
+        merge, source_mb, result_mb, fresh, merge / fresh, again, merge / again);
     std::printf("   peak memory %.0f MB, source and result %.0f MB: ratio %.2f (resident before the merge %.0f MB)\n",
                 peak, source_mb + result_mb, peak / (source_mb + result_mb), before);
     std::fflush(stdout);

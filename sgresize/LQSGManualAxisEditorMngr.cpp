@@ -21,6 +21,28 @@ using Lodex::Format;
 using Lodex::Logger;
 using Lodex::to_cstring;
 
+namespace {
+
+/// Scrolls the rows; asks for room for some rows even when there is only one.
+class RowsArea : public QScrollArea {
+public:
+    using QScrollArea::QScrollArea;
+
+    [[nodiscard]] QSize sizeHint() const override
+    {
+        const auto* table = qobject_cast<const QTableWidget*>(widget());
+        const int row = table && table->rowCount() > 0 ? table->rowHeight(0) : 0;
+        return {minimumWidth(), wanted_rows * row + 2 * frameWidth()};
+    }
+
+    static constexpr int least_rows = 2;
+
+private:
+    static constexpr int wanted_rows = 5;
+};
+
+} // namespace
+
 LQSGManualAxisEditorMngr::LQSGManualAxisEditorMngr(const QString& axis_name, LQSGSectionDialog* dialog)
     : LQSGAxisEditorMngr(axis_name, dialog)
 {
@@ -108,7 +130,7 @@ void LQSGManualAxisEditorMngr::build_scrolled_table(QWidget* parent, QVBoxLayout
     caption_->setObjectName("sections_caption");
     layout->addWidget(caption_);
 
-    scroll_ = new QScrollArea(parent);
+    scroll_ = new RowsArea(parent);
     scroll_->setObjectName("scrollview");
     scroll_->setFocusPolicy(Qt::NoFocus);
     scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -196,7 +218,9 @@ void LQSGManualAxisEditorMngr::fit_table()
     const int width = table_->horizontalHeader()->length();
     const int height = table_->verticalHeader()->length();
     table_->setFixedSize(width, height);
-    scroll_->setMinimumWidth(width + scroll_->verticalScrollBar()->sizeHint().width() + 2 * scroll_->frameWidth());
+    const int frame = 2 * scroll_->frameWidth();
+    scroll_->setMinimumWidth(width + scroll_->verticalScrollBar()->sizeHint().width() + frame);
+    scroll_->setMinimumHeight(RowsArea::least_rows * table_->rowHeight(0) + frame);
 
     if (!titled)
         return;

@@ -56,8 +56,8 @@ void LQSGSectionEditor::release()
     }
     widgets_.clear();
     auto* graphics = Lodex::GraphicLib::instance();
-    for (const PickTool* tool : tools_) {
-        if (graphics->tool() == tool)
+    for (const auto& tool : tools_) {
+        if (graphics->tool() == tool.get())
             graphics->reset_tool();
     }
     tools_.clear();
@@ -140,7 +140,7 @@ void LQSGSectionEditor::set_picked_cell(QTableWidget* table, int row, int column
     connect(button, &QToolButton::clicked, adapter, &Lodex::LQActionAdapter::run);
     layout->addWidget(button);
     widgets_.append(button);
-    tools_.append(tool);
+    tools_.append(Lodex::Ref(tool));
     set_cell(table, row, column, cell);
 }
 

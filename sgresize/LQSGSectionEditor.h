@@ -85,7 +85,7 @@ protected:
 private:
     LQSGManualAxisEditorMngr* manager_;
     QList<QPointer<QWidget>> widgets_;
-    QList<PickTool*> tools_; // those behind a button; all held by their own members
+    QList<Lodex::Ref<PickTool>> tools_; // those behind a button
 };
 
 } // namespace Kelvane

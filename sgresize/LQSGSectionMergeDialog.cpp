@@ -128,24 +128,28 @@ QWidget* LQSGSectionMergeDialog::build_region_modes(QWidget* parent)
     layout->addWidget(region_mode_group_);
 
     // The fields stand beside the group, not in it: switching the group off leaves them as they are.
-    auto* fields = new QVBoxLayout;
-    const QMargins margins = buttons->contentsMargins();
-    fields->setContentsMargins(0, margins.top(), 0, margins.bottom());
-    const auto add_field = [&](const char* name, const QRadioButton* button) {
+    const auto new_field = [&](const char* name, const QRadioButton* button) {
         auto* field = new Lodex::LQDoubleLineEdit(default_percentile, row);
         field->setObjectName(name);
         field->setToolTip(button->toolTip());
         field->setAccessibleName(button->text());
         field->setFixedWidth(field->fontMetrics().horizontalAdvance(QStringLiteral("100.0000")) + 16);
-        fields->addWidget(field);
         return field;
     };
-    number_percentile_ = add_field("number_percentile_", number);
-    volume_percentile_ = add_field("volume_percentile_", volume);
-    const int line = number_percentile_->sizeHint().height();
-    for (auto* button : region_modes_->buttons())
-        button->setMinimumHeight(line);
-    fields->insertSpacing(0, line + buttons->spacing());
+    number_percentile_ = new_field("number_percentile_", number);
+    volume_percentile_ = new_field("volume_percentile_", volume);
+
+    // Each field on the line of its button: equal heights, above them the group's frame and margin and the first button.
+    const int line = std::max(number_percentile_->sizeHint().height(), any->sizeHint().height());
+    for (QWidget* widget : std::initializer_list<QWidget*>{any, number, volume, number_percentile_, volume_percentile_})
+        widget->setFixedHeight(line);
+    auto* fields = new QVBoxLayout;
+    fields->setSpacing(buttons->spacing());
+    fields->addSpacing(region_mode_group_->contentsMargins().top() + buttons->contentsMargins().top() + line +
+                       buttons->spacing());
+    fields->addWidget(number_percentile_);
+    fields->addWidget(volume_percentile_);
+    fields->addStretch(1);
     layout->addLayout(fields);
     layout->addStretch(1);
 

@@ -21,7 +21,8 @@ namespace lodex {
 namespace {
 
 // Colours that people with any colour vision tell apart (M. Okabe and K. Ito, 2008), the darkest left out.
-constexpr std::array<QRgb, 7> distinct{0xff56b4e9, 0xffe69f00, 0xff009e73, 0xfff0e442, 0xff0072b2, 0xffd55e00, 0xffcc79a7};
+constexpr std::array<QRgb, 7> distinct{0xff56b4e9, 0xffe69f00, 0xff009e73, 0xfff0e442,
+                                       0xff0072b2, 0xffd55e00, 0xffcc79a7};
 constexpr QRgb plain = 0xff8fa3b3;
 constexpr QRgb undefined_colour = 0xff808080;
 constexpr int scale_steps = 1024;
@@ -57,7 +58,10 @@ std::vector<double> round_numbers(double low, double high, int count)
         return numbers;
     const double wanted = range / count;
     const double decade = std::pow(10.0, std::floor(std::log10(wanted)));
-    const double step = wanted <= decade ? decade : wanted <= 2 * decade ? 2 * decade : wanted <= 5 * decade ? 5 * decade : 10 * decade;
+    const double step = wanted <= decade       ? decade
+                        : wanted <= 2 * decade ? 2 * decade
+                        : wanted <= 5 * decade ? 5 * decade
+                                               : 10 * decade;
     const double tolerance = 1e-9 * step;
     for (double n = std::ceil((low - tolerance) / step); n * step <= high + tolerance; ++n)
         numbers.push_back(n == 0 ? 0.0 : n * step);
@@ -116,8 +120,9 @@ void CellColours::use_codes(const PropertyData& property, const CornerPointGrid&
             continue;
         const auto name = property.code_names.find(code);
         entry_of_code_[code] = entries_.size();
-        entries_.push_back({distinct_colour(entries_.size()),
-                            name == property.code_names.end() ? QString::number(code) : QString::fromStdString(name->second)});
+        entries_.push_back({distinct_colour(entries_.size()), name == property.code_names.end()
+                                                                  ? QString::number(code)
+                                                                  : QString::fromStdString(name->second)});
     }
 }
 

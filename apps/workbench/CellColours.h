@@ -25,7 +25,8 @@ struct Colouring {
     friend bool operator==(const Colouring&, const Colouring&) = default;
 };
 
-/// Colours of a grid's cells and what their legend says. Refers to the grid's values: to be made anew when the grid changes.
+/// Colours of a grid's cells and what their legend says. Refers to the grid's values: to be made anew when the grid
+/// changes.
 class CellColours {
 public:
     struct Entry {
@@ -39,9 +40,10 @@ public:
 
     /// All cells alike.
     CellColours() = default;
-    /// By the stratigraphic units or a property. A property's style says its colour map; clips that it does not set are the
-    /// least and greatest defined value of the active cells, and a positive property that spans more than three decades is
-    /// shown on a logarithmic scale. A property that is not there or stands on points colours all cells alike.
+    /// By the stratigraphic units or a property. A property's style says its colour map; clips that it does not set are
+    /// the least and greatest defined value of the active cells, and a positive property that spans more than three
+    /// decades is shown on a logarithmic scale. A property that is not there or stands on points colours all cells
+    /// alike.
     CellColours(const CornerPointGrid& grid, const Colouring& colouring);
 
     [[nodiscard]] QRgb of(std::int64_t cell) const;

@@ -85,9 +85,10 @@ void add_verb_words(Words& result, std::string_view type, const std::vector<Word
             continue;
         const std::vector<std::string> name = split(verb->name);
         const std::size_t given = words.size() - first;
-        const bool fits = given < name.size() && std::equal(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(given),
-                                                            words.begin() + static_cast<std::ptrdiff_t>(first), words.end(),
-                                                            [](const std::string& a, const Word& b) { return !b.quoted && a == b.text; });
+        const bool fits = given < name.size() &&
+                          std::equal(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(given),
+                                     words.begin() + static_cast<std::ptrdiff_t>(first), words.end(),
+                                     [](const std::string& a, const Word& b) { return !b.quoted && a == b.text; });
         if (fits)
             result.insert(name[given]);
     }

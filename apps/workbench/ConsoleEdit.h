@@ -8,8 +8,8 @@ class QStringListModel;
 
 namespace lodex {
 
-/// Line for commands. Enter submits, Up and Down go through what was submitted, Tab completes (twice or Ctrl+Space: shows
-/// what may stand here). In an empty line Tab leaves it.
+/// Line for commands. Enter submits, Up and Down go through what was submitted, Tab completes (twice or Ctrl+Space:
+/// shows what may stand here). In an empty line Tab leaves it.
 class ConsoleEdit : public QLineEdit {
     Q_OBJECT
 

@@ -51,12 +51,8 @@ void LogView::message(Lodex::LogLevel level, const Lodex::CString& text)
     const QString shown = Lodex::to_qstring(text);
     const auto enter = [this, level, shown] {
         switch (level) {
-        case Lodex::LogLevel::Info:
-            add(Kind::Info, shown);
-            break;
-        case Lodex::LogLevel::Warning:
-            add(Kind::Warning, tr("warning: %1").arg(shown));
-            break;
+        case Lodex::LogLevel::Info: add(Kind::Info, shown); break;
+        case Lodex::LogLevel::Warning: add(Kind::Warning, tr("warning: %1").arg(shown)); break;
         case Lodex::LogLevel::Error:
         case Lodex::LogLevel::Fatal:
             add(Kind::Error, tr("error: %1").arg(shown));

@@ -97,7 +97,8 @@ ReportDialog::ReportDialog(const QString& grid, const QString& json, QWidget* pa
 
 void ReportDialog::save()
 {
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save the report"), QString(), tr("JSON files (*.json);;All files (*)"));
+    const QString path =
+        QFileDialog::getSaveFileName(this, tr("Save the report"), QString(), tr("JSON files (*.json);;All files (*)"));
     if (!path.isEmpty())
         emit save_requested(path);
 }

@@ -10,9 +10,10 @@ namespace lodex {
 
 namespace {
 
-/// Where the corners of a section stand in the grid's arrays. Along the section runs J in an I section, I in a J section.
+/// Where the corners of a section stand in the grid's arrays. Along the section runs J in an I section, I in a J
+/// section.
 struct Cut {
-    std::int64_t along;       // cells along the section
+    std::int64_t along; // cells along the section
     std::int64_t pillar, pillar_step;
     std::int64_t cell, cell_step, cell_layer;
     std::int64_t corner, corner_step, corner_layer; // the step leads to the other side of the cell as well
@@ -31,7 +32,10 @@ struct Cut {
         corner_step = across_i ? 2 * ni : 1;
         corner_layer = 4 * ni * nj;
     }
-    [[nodiscard]] std::int64_t cell_at(std::int64_t n, std::int64_t k) const { return cell + n * cell_step + k * cell_layer; }
+    [[nodiscard]] std::int64_t cell_at(std::int64_t n, std::int64_t k) const
+    {
+        return cell + n * cell_step + k * cell_layer;
+    }
     /// a: 0 at the start, 1 at the end of the cell; c: 0 at its top, 1 at its base.
     [[nodiscard]] std::size_t corner_at(std::int64_t n, int a, std::int64_t k, int c) const
     {
@@ -48,7 +52,8 @@ public:
         pillars_.resize(count);
         std::vector<Point3> feet(count);
         for (std::size_t n = 0; n < count; ++n) {
-            const auto first = static_cast<std::size_t>(6 * (cut.pillar + static_cast<std::int64_t>(n) * cut.pillar_step));
+            const auto first =
+                static_cast<std::size_t>(6 * (cut.pillar + static_cast<std::int64_t>(n) * cut.pillar_step));
             for (std::size_t i = 0; i < 6; ++i)
                 pillars_[n].points[i] = model.coord[first + i];
             feet[n] = pillar_point(pillars_[n].points, middle_depth);
@@ -57,7 +62,8 @@ public:
             Pillar& pillar = pillars_[n];
             pillar.foot = feet[n];
             if (n > 0)
-                pillar.distance = pillars_[n - 1].distance + std::hypot(feet[n][0] - feet[n - 1][0], feet[n][1] - feet[n - 1][1]);
+                pillar.distance =
+                    pillars_[n - 1].distance + std::hypot(feet[n][0] - feet[n - 1][0], feet[n][1] - feet[n - 1][1]);
             const Point3& before = feet[n > 0 ? n - 1 : n];
             const Point3& after = feet[std::min(n + 1, count - 1)];
             const double length = std::hypot(after[0] - before[0], after[1] - before[1]);
@@ -78,8 +84,8 @@ public:
 private:
     struct Pillar {
         std::array<double, 6> points{};
-        Point3 foot{};                       // at the section's middle depth
-        std::array<double, 2> direction{};   // of the section, horizontal, unit length
+        Point3 foot{};                     // at the section's middle depth
+        std::array<double, 2> direction{}; // of the section, horizontal, unit length
         double distance = 0;
     };
     std::vector<Pillar> pillars_;
@@ -101,8 +107,8 @@ Section cut_section(const GridModel& model, SectionAxis axis, std::int64_t index
                 if (!model.active[static_cast<std::size_t>(cell)])
                     continue;
                 SectionCell drawn{cell, {}, {}};
-                const std::array corners{cut.corner_at(n, 0, k, 0), cut.corner_at(n, 1, k, 0), cut.corner_at(n, 1, k, 1),
-                                         cut.corner_at(n, 0, k, 1)};
+                const std::array corners{cut.corner_at(n, 0, k, 0), cut.corner_at(n, 1, k, 0),
+                                         cut.corner_at(n, 1, k, 1), cut.corner_at(n, 0, k, 1)};
                 for (std::size_t c = 0; c < 4; ++c)
                     drawn.depth[c] = static_cast<float>(depths[corners[c]]);
                 if (!std::ranges::all_of(drawn.depth, [](float depth) { return std::isfinite(depth); }))
@@ -110,7 +116,8 @@ Section cut_section(const GridModel& model, SectionAxis axis, std::int64_t index
                 const auto [least, greatest] = std::ranges::minmax(drawn.depth);
                 top = std::min(top, least);
                 base = std::max(base, greatest);
-                drawn.distance = {static_cast<float>(n), static_cast<float>(n + 1)}; // pillars, until all depths are known
+                drawn.distance = {static_cast<float>(n),
+                                  static_cast<float>(n + 1)}; // pillars, until all depths are known
                 section.cells.push_back(drawn);
             }
         }

@@ -14,7 +14,7 @@ enum class SectionAxis { I = 0, J = 1 };
 /// One active cell of a cross-section as it is drawn: the corners of its minus side (I- or J-), in the order top start,
 /// top end, bottom end, bottom start.
 struct SectionCell {
-    std::int64_t cell = 0;        ///< linear index, I fastest
+    std::int64_t cell = 0;           ///< linear index, I fastest
     std::array<float, 4> distance{}; ///< along the section from its first pillar, in the grid's length unit
     std::array<float, 4> depth{};    ///< positive downwards
 };
@@ -26,9 +26,9 @@ struct Section {
     float top = 0, base = 0; ///< least and greatest depth
 };
 
-/// Cuts out one section, 0-based. Distances are measured from pillar to pillar at the section's middle depth; what a pillar
-/// leans along the section is added. Cells with a corner that is not finite are left out. An index outside the grid yields
-/// an empty section.
+/// Cuts out one section, 0-based. Distances are measured from pillar to pillar at the section's middle depth; what a
+/// pillar leans along the section is added. Cells with a corner that is not finite are left out. An index outside the
+/// grid yields an empty section.
 [[nodiscard]] Section cut_section(const GridModel& model, SectionAxis axis, std::int64_t index);
 
 } // namespace lodex

@@ -15,8 +15,9 @@
 namespace lodex {
 
 SectionPanel::SectionPanel(QWidget* parent)
-    : QWidget(parent), axis_(new QComboBox(this)), slider_(new QSlider(Qt::Horizontal, this)), number_(new QSpinBox(this)),
-      count_(new QLabel(this)), colour_by_(new QComboBox(this)), view_(new SectionView(this))
+    : QWidget(parent), axis_(new QComboBox(this)), slider_(new QSlider(Qt::Horizontal, this)),
+      number_(new QSpinBox(this)), count_(new QLabel(this)), colour_by_(new QComboBox(this)),
+      view_(new SectionView(this))
 {
     setObjectName("sectionPanel");
     axis_->setObjectName("sectionAxis");
@@ -58,7 +59,8 @@ SectionPanel::SectionPanel(QWidget* parent)
     connect(slider_, &QSlider::valueChanged, this, &SectionPanel::choose_section);
     connect(number_, &QSpinBox::valueChanged, this, &SectionPanel::choose_section);
     connect(colour_by_, &QComboBox::currentIndexChanged, this, &SectionPanel::choose_colouring);
-    connect(colour_by_, &QComboBox::activated, this, [this] { wanted_ = colour_by_->currentData().value<Colouring>(); });
+    connect(colour_by_, &QComboBox::activated, this,
+            [this] { wanted_ = colour_by_->currentData().value<Colouring>(); });
     set_grid(nullptr);
 }
 

@@ -17,13 +17,14 @@ namespace lodex {
 
 namespace {
 
-constexpr int gap = 8;                  // pixels between the parts of the view
-constexpr int tick = 5;                 // length of a tick
-constexpr int swatch = 14;              // of the legend
-constexpr double outline_from = 4;      // mean size of a cell from which on it gets an outline
-constexpr double outline_full = 10;     // size from which on the outline is at its strongest
-constexpr double speck = 2.5;           // cells below this size are filled pixel by pixel
-constexpr QRgb highlight = 0xffe5007d;
+constexpr int gap = 8;                 // pixels between the parts of the view
+constexpr int tick = 5;                // length of a tick
+constexpr int swatch = 14;             // of the legend
+constexpr double outline_from = 4;     // mean size of a cell from which on it gets an outline
+constexpr double outline_full = 10;    // size from which on the outline is at its strongest
+constexpr double speck = 2.5;          // cells below this size are filled pixel by pixel
+constexpr QRgb highlight = 0xffff5a1f; // edge of a painted section
+constexpr double faded = 0.22;         // strength of the other cells beside painted ones
 
 using Quad = std::array<QPointF, 4>;
 
@@ -38,6 +39,13 @@ void fill_speck(QImage& picture, const QPointF& least, const QPointF& greatest, 
         auto* line = reinterpret_cast<QRgb*>(picture.scanLine(y));
         std::fill(line + left, line + right + 1, colour);
     }
+}
+
+QRgb blend(QRgb colour, const QColor& background, double strength)
+{
+    const auto part = [strength](int a, int b) { return static_cast<int>(std::lround(std::lerp(b, a, strength))); };
+    return qRgb(part(qRed(colour), background.red()), part(qGreen(colour), background.green()),
+                part(qBlue(colour), background.blue()));
 }
 
 std::pair<QPointF, QPointF> bounds(const Quad& quad)
@@ -173,7 +181,7 @@ int SectionView::legend_width()
         width = std::max(width, fontMetrics().horizontalAdvance(mark.text));
     if (width == 0)
         return 0;
-    width = std::max(swatch + gap + width, fontMetrics().horizontalAdvance(shown.title()));
+    width = std::max(swatch + gap + width, fontMetrics().horizontalAdvance(shown.title())) + 2;
     return std::min(width, this->width() / 3);
 }
 
@@ -204,8 +212,8 @@ SectionView::Mapping SectionView::mapping()
     const QRectF area = plot_area();
     const double length = std::max(static_cast<double>(shown.last_distance - shown.first_distance), least_extent);
     const double height = std::max(static_cast<double>(shown.base - shown.top), least_extent);
-    return {area.topLeft(), static_cast<double>(shown.first_distance), static_cast<double>(shown.top), area.width() / length,
-            area.height() / height};
+    return {area.topLeft(), static_cast<double>(shown.first_distance), static_cast<double>(shown.top),
+            area.width() / length, area.height() / height};
 }
 
 QPointF SectionView::to_widget(double distance, double depth)
@@ -238,8 +246,9 @@ QString SectionView::title()
     const GridSize& size = grid()->model().size;
     const bool across_i = axis_ == SectionAxis::I;
     return tr("%1: %2 section %3 of %4, vertical exaggeration %5")
-        .arg(Lodex::to_qstring(grid()->name()), across_i ? QStringLiteral("I") : QStringLiteral("J"), QString::number(index_ + 1),
-             QString::number(size[across_i ? 0 : 1]), QString::fromStdString(format_general(vertical_exaggeration(), 2)));
+        .arg(Lodex::to_qstring(grid()->name()), across_i ? QStringLiteral("I") : QStringLiteral("J"),
+             QString::number(index_ + 1), QString::number(size[across_i ? 0 : 1]),
+             QString::fromStdString(format_general(vertical_exaggeration(), 2)));
 }
 
 QString SectionView::cell_text(std::int64_t cell)
@@ -257,7 +266,13 @@ void SectionView::draw_cells(QPainter& painter)
     const Section& shown = section();
     const Mapping map = mapping();
     const double ratio = picture_.devicePixelRatio();
-    const CellColours& colour = colours();
+    const CellColours& value_colours = colours();
+    const QColor background = palette().color(QPalette::Base);
+    const bool fades = paints_anything();
+    const auto colour = [&](std::int64_t cell) {
+        const QRgb full = value_colours.of(cell);
+        return fades && !is_painted(cell) ? blend(full, background, faded) : full;
+    };
     painter.setPen(Qt::NoPen);
     double widths = 0, heights = 0;
     for (const SectionCell& drawn : shown.cells) {
@@ -266,9 +281,9 @@ void SectionView::draw_cells(QPainter& painter)
         widths += greatest.x() - least.x();
         heights += std::abs(quad[3].y() - quad[0].y() + quad[2].y() - quad[1].y()) / 2;
         if ((greatest.x() - least.x()) * ratio < speck || (greatest.y() - least.y()) * ratio < speck) {
-            fill_speck(picture_, least * ratio, greatest * ratio, colour.of(drawn.cell));
+            fill_speck(picture_, least * ratio, greatest * ratio, colour(drawn.cell));
         } else {
-            painter.setBrush(QColor(colour.of(drawn.cell)));
+            painter.setBrush(QColor(colour(drawn.cell)));
             painter.drawConvexPolygon(quad.data(), 4);
         }
     }
@@ -276,7 +291,8 @@ void SectionView::draw_cells(QPainter& painter)
     if (size < outline_from)
         return;
     QColor line(Qt::black);
-    line.setAlphaF(static_cast<float>(0.15 + 0.3 * std::min((size - outline_from) / (outline_full - outline_from), 1.0)));
+    line.setAlphaF(
+        static_cast<float>(0.15 + 0.3 * std::min((size - outline_from) / (outline_full - outline_from), 1.0)));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(line, 0.8));
     painter.setBrush(Qt::NoBrush);
@@ -289,18 +305,14 @@ void SectionView::draw_painted(QPainter& painter)
 {
     if (!paints_anything())
         return;
-    QColor veil = QColor(highlight);
-    veil.setAlphaF(0.35f);
     const GridSize& size = grid()->model().size;
     const Mapping map = mapping();
     std::vector<QLineF> edges;
     painter.setPen(Qt::NoPen);
-    painter.setBrush(veil);
     for (const SectionCell& drawn : section().cells) {
         if (!is_painted(drawn.cell))
             continue;
         const Quad quad = map.at(drawn);
-        painter.drawConvexPolygon(quad.data(), 4);
         if (painted_[2].contains(drawn.cell / (size[0] * size[1]))) { // bed by bed
             edges.emplace_back(quad[0], quad[1]);
             edges.emplace_back(quad[3], quad[2]);
@@ -310,7 +322,7 @@ void SectionView::draw_painted(QPainter& painter)
         }
     }
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(highlight), 1));
+    painter.setPen(QPen(QColor(highlight), 1.3));
     painter.drawLines(edges.data(), static_cast<int>(edges.size()));
     painter.setRenderHint(QPainter::Antialiasing, false);
 }
@@ -321,7 +333,9 @@ void SectionView::draw_axes(QPainter& painter)
     const QRectF area = plot_area();
     const int line = fontMetrics().height();
     const QString unit = length_unit_text(*grid());
-    const auto labelled = [&unit](const QString& text) { return unit.isEmpty() ? text : text + QStringLiteral(" [%1]").arg(unit); };
+    const auto labelled = [&unit](const QString& text) {
+        return unit.isEmpty() ? text : text + QStringLiteral(" [%1]").arg(unit);
+    };
     QColor soft = palette().color(QPalette::Text);
     soft.setAlphaF(0.6f);
     painter.setBrush(Qt::NoBrush);
@@ -355,8 +369,10 @@ void SectionView::draw_axes(QPainter& painter)
     QFont bold = font();
     bold.setBold(true);
     painter.setFont(bold);
-    const QString text = QFontMetrics(bold).elidedText(title(), Qt::ElideRight, width() - static_cast<int>(area.left()) - gap);
-    painter.drawText(QRectF(area.left(), gap, width() - area.left() - gap, line), Qt::AlignLeft | Qt::AlignVCenter, text);
+    const QString text =
+        QFontMetrics(bold).elidedText(title(), Qt::ElideRight, width() - static_cast<int>(area.left()) - gap);
+    painter.drawText(QRectF(area.left(), gap, width() - area.left() - gap, line), Qt::AlignLeft | Qt::AlignVCenter,
+                     text);
     painter.setFont(font());
 }
 
@@ -372,7 +388,7 @@ void SectionView::draw_legend(QPainter& painter)
     const auto text_at = [&](double y, const QString& text) {
         const double room = left + available - text_left;
         painter.drawText(QRectF(text_left, y - line / 2.0, room, line), Qt::AlignLeft | Qt::AlignVCenter,
-                         fontMetrics().elidedText(text, Qt::ElideRight, static_cast<int>(room)));
+                         fontMetrics().elidedText(text, Qt::ElideRight, static_cast<int>(std::ceil(room))));
     };
     painter.setPen(palette().color(QPalette::Text));
     painter.drawText(QRectF(left, area.top(), available, line), Qt::AlignLeft | Qt::AlignVCenter,
@@ -446,7 +462,8 @@ void SectionView::resizeEvent(QResizeEvent* event)
 
 void SectionView::changeEvent(QEvent* event)
 {
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange || event->type() == QEvent::LanguageChange) {
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange ||
+        event->type() == QEvent::LanguageChange) {
         picture_ = {};
         update();
     }

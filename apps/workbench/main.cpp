@@ -1,9 +1,114 @@
 // lodex-workbench: the desktop application.
 
+#include "HeadlessRun.h"
+#include "MainWindow.h"
+#include "lodex/appli/GuiServices.h"
+#include "lodex/utils/LogSinks.h"
+
+#include <Lodex/gui/Lodex_gui_init.h>
+
+#include <CLI/CLI.hpp>
+
 #include <QApplication>
+#include <QLocale>
+#include <QTimer>
+
+#include <algorithm>
+#include <clocale>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+constexpr int bad_usage = 2;
+
+struct Options {
+    std::vector<std::string> models;
+    std::string headless; ///< folder for the results; empty: open the window
+};
+
+/// Nothing when the program shall end with `status`.
+bool read_options(int argc, char** argv, Options& options, int& status)
+{
+    CLI::App app{"Opens the workbench, on the example field when no model is given.", "lodex-workbench"};
+    app.set_version_flag("--version", std::string("lodex-workbench ") + LODEX_VERSION);
+    app.add_option("MODEL", options.models, "Model files to import")->check(CLI::ExistingFile);
+    app.add_option(
+           "--headless", options.headless,
+           "Work without a display: coarsen the example field through the dialog and leave pictures, model, reports "
+           "and journal in this folder")
+        ->excludes("MODEL");
+    try {
+        app.parse(argc, argv);
+        return true;
+    } catch (const CLI::ParseError& error) {
+        status = app.exit(error) == 0 ? 0 : bad_usage;
+        return false;
+    }
+}
+
+bool has_argument(int argc, char** argv, std::initializer_list<std::string_view> beginnings)
+{
+    return std::any_of(argv + 1, argv + argc, [&](std::string_view argument) {
+        return std::ranges::any_of(beginnings,
+                                   [&](std::string_view beginning) { return argument.starts_with(beginning); });
+    });
+}
+
+/// What the toolkit says of a platform without a screen tells the user nothing.
+void pass_on_message(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (!text.startsWith(u"This plugin does not support") && !text.startsWith(u"QStandardPaths: XDG_RUNTIME_DIR"))
+        std::cerr << qFormatLogMessage(type, context, text).toStdString() << '\n';
+}
+
+void open_first(lodex::MainWindow& window, const std::vector<std::string>& models)
+{
+    QStringList paths;
+    for (const std::string& model : models)
+        paths.append(QString::fromStdString(model));
+    if (!paths.isEmpty())
+        window.import_files(paths);
+    else if (window.run(QStringLiteral("lodex create example name Example")))
+        window.open_merge_dialog();
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
-    QApplication application(argc, argv);
-    return 0;
+    Options options;
+    int status = 0;
+    // Help and version need no display.
+    if (has_argument(argc, argv, {"--help", "-h", "--version"}) && !read_options(argc, argv, options, status))
+        return status;
+    if (has_argument(argc, argv, {"--headless"})) {
+        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        qInstallMessageHandler(pass_on_message);
+    }
+
+    QApplication application(argc, argv); // takes the toolkit's own arguments out
+    QApplication::setApplicationName(QStringLiteral("lodex-workbench"));
+    QApplication::setApplicationDisplayName(QStringLiteral("lodex workbench"));
+    QApplication::setApplicationVersion(QStringLiteral(LODEX_VERSION));
+    std::setlocale(LC_NUMERIC, "C"); // numbers in fields, commands and files read alike everywhere
+    QLocale::setDefault(QLocale::c());
+    if (!read_options(argc, argv, options, status))
+        return status;
+    Lodex::Lodex_gui_init::initialize();
+
+    if (!options.headless.empty()) {
+        const lodex::ScreenSink screen(std::cerr, Lodex::LogLevel::Warning);
+        return lodex::run_headless(options.headless, std::cout, std::cerr);
+    }
+
+    const lodex::GuiServices services;
+    lodex::MainWindow window;
+    QObject::connect(&window, &lodex::MainWindow::closed, &application, &QCoreApplication::quit);
+    window.show();
+    QTimer::singleShot(0, &window, [&] { open_first(window, options.models); });
+    return QApplication::exec();
 }

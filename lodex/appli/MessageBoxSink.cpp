@@ -7,6 +7,8 @@
 
 #include <QApplication>
 
+#include <utility>
+
 namespace lodex {
 
 MessageBoxSink::MessageBoxSink()
@@ -33,13 +35,13 @@ void MessageBoxSink::message(Lodex::LogLevel level, const Lodex::CString& text)
 
 void MessageBoxSink::add(const QString& text)
 {
-    texts_.append(text);
+    waiting_.append(text);
     show();
 }
 
 void MessageBoxSink::show()
 {
-    if (texts_.isEmpty() || BusyState::instance().busy())
+    if (waiting_.isEmpty() || BusyState::instance().busy())
         return;
     if (!box_) {
         box_ = new QMessageBox(Lodex::LQDialogTools::active_top_widget());
@@ -50,12 +52,11 @@ void MessageBoxSink::show()
         box_->setStandardButtons(QMessageBox::Ok);
         box_->setTextFormat(Qt::PlainText);
         box_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        connect(box_, &QDialog::finished, this, [this] {
-            texts_.clear();
-            box_.clear();
-        });
+        connect(box_, &QDialog::finished, this, [this] { box_.clear(); });
+        shown_.clear();
     }
-    box_->setText(texts_.join(u'\n'));
+    shown_ += std::exchange(waiting_, {});
+    box_->setText(shown_.join(u'\n'));
     box_->open();
 }
 

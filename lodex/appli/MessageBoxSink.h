@@ -35,7 +35,8 @@ private:
     void show();
 
     std::atomic<bool> enabled_{true};
-    QStringList texts_;
+    QStringList waiting_; ///< not yet in a box
+    QStringList shown_;   ///< in the box
     QPointer<QMessageBox> box_;
 };
 

@@ -111,6 +111,7 @@ void QtProgressSink::begin(const Lodex::CString& title)
     working_ = true;
     cancelled_ = false;
     title_ = Lodex::to_qstring(title).trimmed();
+    modal_before_ = QApplication::activeModalWidget();
     since_begin_.start();
     since_events_.start();
     BusyState::instance().enter();
@@ -165,15 +166,25 @@ QWidget* QtProgressSink::window() const
     return window_;
 }
 
+/// True for parts of the progress window and of a dialog that came up after the work began.
+bool QtProgressSink::may_answer(const QObject* watched) const
+{
+    const auto* widget = qobject_cast<const QWidget*>(watched);
+    const auto* handle = qobject_cast<const QWindow*>(watched);
+    if (!widget && !handle)
+        return true;
+    const QWidget* modal = QApplication::activeModalWidget();
+    for (const QWidget* window : {static_cast<const QWidget*>(window_), modal == modal_before_ ? nullptr : modal}) {
+        if (window && ((widget && (widget == window || window->isAncestorOf(widget))) ||
+                       (handle && handle == window->windowHandle())))
+            return true;
+    }
+    return false;
+}
+
 bool QtProgressSink::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!working_ || !is_user_input(event->type()))
-        return QObject::eventFilter(watched, event);
-    const auto* widget = qobject_cast<QWidget*>(watched);
-    const auto* handle = qobject_cast<QWindow*>(watched);
-    const bool ours = window_ && ((widget && (widget == window_ || window_->isAncestorOf(widget))) ||
-                                  (handle && handle == window_->windowHandle()));
-    if ((!widget && !handle) || ours)
+    if (!working_ || !is_user_input(event->type()) || may_answer(watched))
         return QObject::eventFilter(watched, event);
     if (event->type() == QEvent::Close)
         event->ignore();

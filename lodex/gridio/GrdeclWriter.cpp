@@ -3,6 +3,7 @@
 #include <lodex/gridio/AtomicFile.h>
 #include <lodex/gridio/GrdeclKeywords.h>
 #include <lodex/gridio/GrdeclReader.h>
+#include <lodex/gridio/GrdeclText.h>
 #include <lodex/gridio/MessageLog.h>
 #include <lodex/gridio/TextNumbers.h>
 
@@ -17,11 +18,6 @@ namespace {
 constexpr std::size_t line_width = 100; ///< a line ends behind this column at the latest; longest token 52
 constexpr std::size_t tick_values = 64 * 1024;
 constexpr std::size_t usual_keyword = 8;
-
-std::string size_text(const GridSize& size)
-{
-    return std::to_string(size[0]) + " x " + std::to_string(size[1]) + " x " + std::to_string(size[2]);
-}
 
 /// Text for a comment: control characters, and what ends or escapes in quotes, behind a backslash.
 std::string escaped(std::string_view text)
@@ -168,7 +164,7 @@ void Writer::check()
     const auto cells = static_cast<std::size_t>(model_.cells());
     const auto expect = [this](const std::string& what, std::size_t count, std::size_t expected) {
         if (count != expected) {
-            fail(what + " has " + std::to_string(count) + " values, expected " + std::to_string(expected));
+            fail(what + " has " + value_count(count) + ", expected " + std::to_string(expected));
         }
         total_ += count;
     };
@@ -426,8 +422,10 @@ void Writer::write_kept_as_comment(const KeptKeyword& kept)
 /// True when these keywords, written one after the other, are read as just these texts again.
 bool Writer::reads_back(std::span<const KeptKeyword* const> kept) const
 {
+    // Unknown words around them show whether one begins where it shall and ends where it shall.
     constexpr std::string_view sentinel = "LODEXEND";
-    std::string text;
+    std::string text(sentinel);
+    text += '\n';
     for (const KeptKeyword* keyword : kept) {
         text += keyword->name + keyword->text + '\n';
     }
@@ -439,17 +437,17 @@ bool Writer::reads_back(std::span<const KeptKeyword* const> kept) const
     try {
         const ReadResult back = read_text(text, "kept", options);
         const GridModel& model = back.model;
-        if (model.kept.size() != kept.size() + 1 || !model.properties.empty() || !model.faults.empty()
+        if (model.kept.size() != kept.size() + 2 || !model.properties.empty() || !model.faults.empty()
             || !model.active.empty() || !model.regions.empty() || !model.layers.empty() || model.frame.map_axes
             || !model.frame.map_units.empty() || !model.frame.grid_units.empty() || model.frame.grid_units_map) {
             return false;
         }
         for (std::size_t i = 0; i < kept.size(); ++i) {
-            if (model.kept[i].name != kept[i]->name || model.kept[i].text != kept[i]->text) {
+            if (model.kept[i + 1].name != kept[i]->name || model.kept[i + 1].text != kept[i]->text) {
                 return false;
             }
         }
-        return model.kept.back().name == sentinel && model.kept.back().text.empty();
+        return model.kept.front().text.empty() && model.kept.back().name == sentinel && model.kept.back().text.empty();
     } catch (const FileError&) {
         return false;
     }
@@ -471,13 +469,18 @@ std::vector<bool> Writer::kept_in_the_open() const
             candidates.push_back(&model_.kept[i]);
         }
     }
-    if (!reads_back(candidates)) {
-        for (std::size_t i = 0; i < open.size(); ++i) {
-            const KeptKeyword* const one = &model_.kept[i];
-            open[i] = open[i] && reads_back(std::span(&one, 1));
+    if (reads_back(candidates)) {
+        return open;
+    }
+    candidates.clear();
+    for (std::size_t i = 0; i < open.size(); ++i) {
+        const KeptKeyword* const one = &model_.kept[i];
+        open[i] = open[i] && reads_back(std::span(&one, 1));
+        if (open[i]) {
+            candidates.push_back(one);
         }
     }
-    return open;
+    return reads_back(candidates) ? open : std::vector<bool>(open.size(), false);
 }
 
 void Writer::write_kept()

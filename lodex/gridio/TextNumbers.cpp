@@ -268,6 +268,15 @@ template <class Real> std::string shortest(Real value)
 
 } // namespace
 
+double decimal_double(float value)
+{
+    std::array<char, NumberFormatter::most_characters> text{}; // ends with zeros
+    std::to_chars(text.data(), text.data() + text.size() - 1, value);
+    Decimal number;
+    parse_decimal(text.data(), number);
+    return to_double(number);
+}
+
 std::string shortest_text(double value)
 {
     return shortest(value);

@@ -168,6 +168,9 @@ private:
     int rest_ = 0;
 };
 
+/// The 64-bit number whose shortest text is that of the 32-bit number: 294.12f gives 294.12. value must be finite.
+double decimal_double(float value);
+
 /// The shortest text for one number: "0.25", "nan", "-inf".
 std::string shortest_text(double value);
 std::string shortest_text(float value);

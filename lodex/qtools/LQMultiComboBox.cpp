@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kShownCharacters = 12;
 constexpr int kToolTipEntries = 25;
+constexpr int kWidestList = 600; // pixels
 
 QStringList sorted(QStringList list)
 {
@@ -192,6 +193,10 @@ void LQMultiComboBox::showPopup()
             part->installEventFilter(this);
         }
     }
+    // Wide enough for the names, within reason.
+    const auto metric = [this](QStyle::PixelMetric what) { return style()->pixelMetric(what, nullptr, this); };
+    const int beside = metric(QStyle::PM_ScrollBarExtent) + (multi_ ? 2 * metric(QStyle::PM_IndicatorWidth) : 0);
+    view()->setMinimumWidth(std::min(view()->sizeHintForColumn(0) + beside, kWidestList));
     QComboBox::showPopup();
     if (multi_ && count() > 0 && !view()->currentIndex().isValid())
         view()->setCurrentIndex(model()->index(0, modelColumn()));

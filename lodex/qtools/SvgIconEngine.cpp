@@ -21,9 +21,10 @@ QPixmap SvgIconEngine::pixmap(const QSize& size, QIcon::Mode mode, QIcon::State)
 {
     if (size.isEmpty())
         return {};
+    // How a disabled picture is greyed depends on the theme.
+    const QString look = mode == QIcon::Disabled ? QApplication::palette().color(QPalette::Window).name() : QString();
     const QString cached = QStringLiteral("lodex_svg:%1:%2x%3:%4")
-                               .arg(file_, QString::number(size.width()), QString::number(size.height()),
-                                    QString::number(mode == QIcon::Disabled));
+                               .arg(file_, QString::number(size.width()), QString::number(size.height()), look);
     QPixmap picture;
     if (QPixmapCache::find(cached, &picture))
         return picture;

@@ -177,6 +177,17 @@ void HelpWindow::follow_page(const QUrl& url)
         emit page_shown(url);
 }
 
+void HelpWindow::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::PaletteChange)
+        return;
+    browser_->document()->setDefaultStyleSheet(style_sheet(palette()));
+    if (!browser_->source().isEmpty())
+        browser_->reload(); // takes the new colours
+    mark_words();
+}
+
 void HelpWindow::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Cancel))

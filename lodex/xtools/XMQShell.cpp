@@ -49,6 +49,17 @@ QString plain(QString text)
     return text.remove(u'&');
 }
 
+/// The button of the body whose object name holds the word, or whose text is the one given. Null when there is none.
+QPushButton* find_button(const QWidget* body, const QString& word, const QString& text)
+{
+    for (QPushButton* button : body->findChildren<QPushButton*>()) {
+        const bool named = button->objectName().contains(word, Qt::CaseInsensitive);
+        if ((named || plain(button->text()) == plain(text)) && button->isEnabled() && !in_other_window(button, body))
+            return button;
+    }
+    return nullptr;
+}
+
 /// What Escape and the close button of the window shall do: the dialog's cancel(), either found on the body or one of
 /// its parts, or behind the Cancel button when the dialog's object stands outside of the body; else the body's own
 /// reject(). False when there is none of these.
@@ -61,13 +72,10 @@ bool run_cancel(QWidget* body)
         if (has_cancel_slot(part) && !(widget && in_other_window(widget, body)))
             return QMetaObject::invokeMethod(part, "cancel", Qt::DirectConnection);
     }
-    const QString cancel = plain(QCoreApplication::translate("XMQShell", "Cancel"));
-    for (QPushButton* button : body->findChildren<QPushButton*>()) {
-        const bool named = button->objectName().contains(u"cancel", Qt::CaseInsensitive);
-        if ((named || plain(button->text()) == cancel) && button->isEnabled() && !in_other_window(button, body)) {
-            button->click();
-            return true;
-        }
+    if (QPushButton* button =
+            find_button(body, QStringLiteral("cancel"), QCoreApplication::translate("XMQShell", "Cancel"))) {
+        button->click();
+        return true;
     }
     if (auto* dialog = qobject_cast<QDialog*>(body)) {
         dialog->reject();
@@ -90,8 +98,13 @@ XMQShell::XMQShell(QWidget* body, const CString& name, const QString& title)
     : XMShell(name), impl_(std::make_unique<Impl>())
 {
     setObjectName(to_qstring(name));
-    QWidget* owner = body->parentWidget();
-    impl_->owner = owner ? owner->window() : nullptr;
+    QWidget* owner = body->parentWidget() ? body->parentWidget()->window() : nullptr;
+    // A dialog that was opened while another one was in front does not go with that one.
+    for (const XMQShell* shell : open_shells()) {
+        if (owner && owner == shell->widget())
+            owner = shell->impl_->owner;
+    }
+    impl_->owner = owner;
 
     // No parent of the toolkit's: it would delete the body behind the dialog's back.
     auto* window = new QWidget(nullptr, Qt::Window);
@@ -198,8 +211,17 @@ XMQShell* XMQShell::find(const CString& name)
 
 bool XMQShell::eventFilter(QObject* watched, QEvent* event)
 {
-    const bool escape = event->type() == QEvent::KeyPress &&
-                        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Cancel);
+    const auto pressed = [event](QKeySequence::StandardKey key) {
+        return event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->matches(key);
+    };
+    if (pressed(QKeySequence::HelpContents) && impl_->body) {
+        if (QPushButton* help =
+                find_button(impl_->body, QStringLiteral("help"), QCoreApplication::translate("XMQShell", "Help"))) {
+            help->click();
+            return true;
+        }
+    }
+    const bool escape = pressed(QKeySequence::Cancel);
     // A body that is closed by itself would leave an empty frame: its closing is the window's.
     const bool close_asked = event->type() == QEvent::Close;
     if (!escape && !close_asked)

@@ -47,6 +47,18 @@ TEST(MessageBoxSink, AddsToTheOpenBox)
     EXPECT_EQ(sink.box()->text(), "fourth") << "a closed box is forgotten";
 }
 
+TEST(MessageBoxSink, BoxThatDiesWithItsWindowIsForgotten)
+{
+    MessageBoxSink sink;
+    Logger::fatal("first\n");
+    QCoreApplication::processEvents();
+    delete sink.box();
+    Logger::fatal("second\n");
+    QCoreApplication::processEvents();
+    ASSERT_NE(sink.box(), nullptr);
+    EXPECT_EQ(sink.box()->text(), "second");
+}
+
 TEST(MessageBoxSink, PassesOverOtherLevels)
 {
     MessageBoxSink sink;

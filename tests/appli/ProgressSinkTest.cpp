@@ -8,6 +8,7 @@
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
@@ -167,6 +168,42 @@ TEST(ProgressSink, ShellCannotBeClosedMeanwhile)
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(shell.isNull());
+}
+
+TEST(ProgressSink, QuestionOfTheWorkItselfCanBeAnswered)
+{
+    for (const auto delay : {0ms, 10000ms}) {
+        const WithSink with(delay);
+        ProgressTracer tracer("Work");
+        work(tracer, 50ms);
+        QMessageBox question;
+        question.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        QTimer::singleShot(0, &question, [&] {
+            QTest::mouseClick(question.button(QMessageBox::No), Qt::LeftButton);
+        });
+        QTimer::singleShot(2000, &question, &QDialog::reject); // so that a failure does not hang
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_EQ(question.exec(), QMessageBox::No);
+        EXPECT_LT(timer.elapsed(), 1500);
+    }
+}
+
+TEST(ProgressSink, ModalDialogThatStartedTheWorkIsLocked)
+{
+    QDialog wizard;
+    wizard.setModal(true);
+    QPushButton finish("Finish", &wizard);
+    wizard.show();
+    const WithSink with(10000ms); // its own window does not come up
+    int runs = 0;
+    QObject::connect(&finish, &QPushButton::clicked, [&] {
+        ++runs;
+        ProgressTracer tracer("Work");
+        work(tracer, 100ms, [&] { QTest::mouseClick(&finish, Qt::LeftButton); });
+    });
+    QTest::mouseClick(&finish, Qt::LeftButton);
+    EXPECT_EQ(runs, 1);
 }
 
 TEST(ProgressSink, OtherEventsGoOn)

@@ -1,6 +1,6 @@
 #include "frame/CommandText.h"
 #include "frame/Help.h"
-#include "tests/sgresize/Catalogue.h"
+#include "tests/frame/Catalogue.h"
 
 #include "MessageList.h"
 

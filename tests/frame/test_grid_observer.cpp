@@ -1,5 +1,5 @@
 #include "frame/SGridObserver.h"
-#include "tests/sgresize/Catalogue.h"
+#include "tests/frame/Catalogue.h"
 
 #include <Lodex/utils/COSNameList.h>
 

@@ -1,5 +1,5 @@
 #include "frame/WidgetHelpers.h"
-#include "tests/sgresize/Catalogue.h"
+#include "tests/frame/Catalogue.h"
 
 #include <QBoxLayout>
 #include <QFormLayout>

@@ -71,9 +71,9 @@ TEST(GrdeclErrors, NameLineValueAndWhatWasExpected)
          "m.grdecl:4: COORD: 3 values, expected 36 (6 for each pillar of 3 x 2)"},
         {size_of_two + coord_of_two + "ZCORN\n 8*0\n 9*1 /\n",
          "m.grdecl:8: ZCORN: 17 values, expected 16 (8 for each cell of 2 x 1 x 1)"},
-        {two_cells + "ACTNUM\n 1 /\n", "m.grdecl:9: ACTNUM: 1 values, expected 2 (one per cell of 2 x 1 x 1)"},
+        {two_cells + "ACTNUM\n 1 /\n", "m.grdecl:9: ACTNUM: 1 value, expected 2 (one per cell of 2 x 1 x 1)"},
         {two_cells + "ACTNUM\n 1 0\n 1 /\n", "m.grdecl:10: ACTNUM: 3 values, expected 2 (one per cell of 2 x 1 x 1)"},
-        {two_cells + "PORO\n 0.1 /\n", "m.grdecl:9: PORO: 1 values, expected 2 (one per cell of 2 x 1 x 1)"},
+        {two_cells + "PORO\n 0.1 /\n", "m.grdecl:9: PORO: 1 value, expected 2 (one per cell of 2 x 1 x 1)"},
         {two_cells + "PORO\n 0.1 0.2\n\n 0.3 0.4 /\n",
          "m.grdecl:11: PORO: 4 values, expected 2 (one per cell of 2 x 1 x 1)"},
         {two_cells + "TOPS 1 2 3 /", "m.grdecl:8: TOPS: 3 values, expected 2 (one per cell) or 2 (top layer only)"},
@@ -106,9 +106,9 @@ TEST(GrdeclErrors, NameLineValueAndWhatWasExpected)
         {two_cells + "PORO\n 0.1 \xB3 /\n", "m.grdecl:9: PORO: \"\xC2\xB3\" is not a number (value 2 of 2)"},
         {two_cells + "ACTNUM\n 1 -1 /\n", "m.grdecl:9: ACTNUM: \"-1\" is neither 0 nor 1 (value 2 of 2)"},
         {two_cells + "ACTNUM\n 1 0.5 /\n", "m.grdecl:9: ACTNUM: \"0.5\" is neither 0 nor 1 (value 2 of 2)"},
-        {size_of_two + "COORD\n 36* /\n", "m.grdecl:3: COORD: 36 values are left out (n*), expected numbers"},
+        {size_of_two + "COORD\n 36* /\n", "m.grdecl:3: COORD: 36 values left out (n*), expected numbers"},
         {size_of_two + coord_of_two + "ZCORN 15*1 1* /\n",
-         "m.grdecl:6: ZCORN: 1 values are left out (n*), expected numbers"},
+         "m.grdecl:6: ZCORN: 1 value left out (n*), expected numbers"},
         {two_cells + "MAPAXES 1 2 3 4 5 x /", "m.grdecl:8: MAPAXES: \"x\" is not a number (value 6 of 6)"},
         {two_cells + "MAPAXES 1 2 3 4 5 1* /", "m.grdecl:8: MAPAXES: \"1*\" is not a number (value 6 of 6)"},
         // cut off, mixed up
@@ -135,7 +135,7 @@ TEST(GrdeclErrors, NameLineValueAndWhatWasExpected)
         {coord_of_two + zcorn_of_two, "m.grdecl:1: COORD: the grid's size is not known, expected SPECGRID or DIMENS"},
         {"DXV 1 2 /\n" + size_of_two,
          "m.grdecl:1: DXV: the grid's size is not known here, expected SPECGRID or DIMENS before"},
-        {size_of_two + "DXV 1* 2 /\n", "m.grdecl:3: DXV: 1 values are left out (n*), expected numbers"},
+        {size_of_two + "DXV 1* 2 /\n", "m.grdecl:3: DXV: 1 value left out (n*), expected numbers"},
         // faults and boxes
         {two_cells + "FAULTS\n 'F' 1 2 1 1 1 X /\n/\n",
          "m.grdecl:9: FAULTS: 7 values in a record, expected 8 (name, I1 I2 J1 J2 K1 K2, face)"},
@@ -203,6 +203,25 @@ TEST(GrdeclErrors, FilesThatCannotBeRead)
     EXPECT_EQ(file_message(folder / "pipe"), name + "/pipe: is not a regular file");
     EXPECT_EQ(file_message(folder.write("dir.grdecl", "\nINCLUDE\n '.' /\n")),
               name + "/dir.grdecl:2: INCLUDE \".\": is a folder, expected a file");
+}
+
+TEST(GrdeclErrors, FilesThatChangeUnderTheReader)
+{
+    const test::TemporaryFolder folder;
+    constexpr std::size_t size = 20'000'000;
+    const auto path = folder / "big.grdecl";
+    const auto message = [&](std::uintmax_t later) {
+        folder.write("big.grdecl", std::string(size, '\n'));
+        ReadOptions options;
+        options.progress = [&](double) {
+            std::filesystem::resize_file(path, later);
+            return true;
+        };
+        return file_message(path, options);
+    };
+    const std::string start = path.string() + ": changed while it was read (20000000 bytes at first, then ";
+    EXPECT_EQ(message(10'000'000), start + "10000000)");
+    EXPECT_EQ(message(20'000'001), start + "more)");
 }
 
 TEST(GrdeclErrors, FilesThatIncludeEachOther)

@@ -273,6 +273,24 @@ TEST(FieldModels, GridPropertiesAndFaultsInThreeFiles)
     expect_same_after_writing(grid.model);
 }
 
+TEST(FieldModels, GridFilesOfDecksAlone)
+{
+    const auto data = test::field_data();
+    if (!data) {
+        return;
+    }
+    for (const Set& set : {Set{"spe9", "SPE9.GRDECL", "SPE9_CP_SHORT.DATA"},
+                           Set{"spe10_model1", "SPE10MODEL1.GRDECL", "SPE10_MODEL1_CP.DATA"},
+                           Set{"model1", "include/grid_basemod1.grdecl", "FAULTS_MODEL_1.DATA"}}) {
+        const json facts = facts_of(*data / set.folder)["grids"][set.facts];
+        const ReadResult result = read(*data / set.folder / set.file);
+        expect_counts(result.model, facts);
+        expect_geometry(result.model, facts);
+        EXPECT_TRUE(result.model.properties.empty());
+        expect_same_after_writing(result.model);
+    }
+}
+
 TEST(FieldModels, DeckWithoutGeometryGivesItsProperties)
 {
     const auto data = test::field_data();

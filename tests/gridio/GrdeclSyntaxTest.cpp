@@ -93,8 +93,8 @@ TEST(GrdeclSyntax, RepeatCountsAndDefaults)
     EXPECT_EQ(test::values_of(properties.at(2)), (Doubles{-2147483648.0, 2}));
     EXPECT_EQ(result.model.active, (std::vector<std::uint8_t>{1, 0}));
     EXPECT_EQ(texts(result, Message::Level::Info),
-              "model.grdecl:10: PERMX: 1 values are left out (n*) and stay undefined\n"
-              "model.grdecl:11: SATNUM: 1 values are left out (n*) and stay undefined\n");
+              "model.grdecl:10: PERMX: 1 value left out (n*) and undefined\n"
+              "model.grdecl:11: SATNUM: 1 value left out (n*) and undefined\n");
 }
 
 TEST(GrdeclSyntax, KindsOfProperties)
@@ -198,7 +198,7 @@ TEST(GrdeclSyntax, OtherKeywordsAreKeptToTheLetter)
     EXPECT_EQ(result.model.kept[1].line, 9);
     EXPECT_EQ(texts(result, Message::Level::Warning),
               "model.grdecl:14: COPY is kept as text and not applied: arrays hold the numbers of the file\n"
-              "model.grdecl:20: MYTABLE: 3 values are not one per cell (expected 2)\n");
+              "model.grdecl:20: MYTABLE: 3 values, not one per cell (expected 2)\n");
     EXPECT_NE(texts(result, Message::Level::Info).find("model.grdecl:20: MYTABLE is kept as text\n"), std::string::npos);
 }
 
@@ -215,7 +215,7 @@ TEST(GrdeclSyntax, NumbersOfOneRecordThatAreNoArray)
     EXPECT_TRUE(wrong.model.properties.empty());
     EXPECT_EQ(wrong.model.kept.at(0).text, "\n 1 2 3 /");
     EXPECT_EQ(texts(wrong, Message::Level::Warning),
-              "model.grdecl:8: OTHER: 3 values are not one per cell (expected 2)\n");
+              "model.grdecl:8: OTHER: 3 values, not one per cell (expected 2)\n");
 }
 
 TEST(GrdeclSyntax, BlocksThatBelongTogether)

@@ -90,6 +90,14 @@ TEST(GrdeclWrite, EverythingComesBackBitByBit)
     }
 }
 
+TEST(GrdeclWrite, AFileOfAnEarlierDayReadsTheSame)
+{
+    const GridModel model = test::full_model(2, 2, 2);
+    const ReadResult old = GrdeclFormat().read(test::test_data() / "grdecl/everything.grdecl", {});
+    EXPECT_EQ(test::difference(model, old.model), "");
+    EXPECT_EQ(written(model), test::file_text(test::test_data() / "grdecl/everything.grdecl"));
+}
+
 TEST(GrdeclWrite, NamesThatAreNoKeywordsAreReported)
 {
     const test::TemporaryFolder folder;
@@ -169,7 +177,7 @@ TEST(GrdeclWrite, ModelsThatDoNotFitAreRefused)
     EXPECT_EQ(message(model), "ZCORN has 15 values, expected 16");
     model = small_model();
     model.properties[0].values = std::vector<double>(1);
-    EXPECT_EQ(message(model), "property PORO has 1 values, expected 2");
+    EXPECT_EQ(message(model), "property PORO has 1 value, expected 2");
     model = small_model();
     model.properties[0].values = std::vector<double>{1, -std::numeric_limits<double>::infinity()};
     EXPECT_EQ(message(model), "PORO has the value -inf at position 2, which the format cannot hold");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemView>
+#include <QDir>
 #include <QHelpEvent>
 #include <QSignalSpy>
 #include <QTest>
@@ -430,4 +431,23 @@ TEST(MultiComboBox, NamesOfAnyKindSurvive)
     QApplication::sendEvent(&box, &ask);
     EXPECT_TRUE(QToolTip::text().contains("&lt;b&gt;")) << "a name is no markup: " << QToolTip::text().toStdString();
     QToolTip::hideText();
+}
+
+TEST(MultiComboBox, PictureForLookingAt)
+{
+    const QString folder = qEnvironmentVariable("LODEX_PICTURES");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "LODEX_PICTURES is not set";
+    ASSERT_TRUE(QDir().mkpath(folder));
+    for (const bool multi : {false, true}) {
+        LQMultiComboBox box;
+        filled(box, {"all_regions", "fault_block_1", "A region with quite a long name of its own", "aquifer"}, multi);
+        box.setSelectedItems({"fault_block_1", "aquifer"});
+        box.resize(150, box.sizeHint().height());
+        box.show();
+        static_cast<QComboBox&>(box).showPopup();
+        const QString name = multi ? "multi" : "single";
+        EXPECT_TRUE(box.grab().save(folder + "/combo_" + name + ".png"));
+        EXPECT_TRUE(box.view()->window()->grab().save(folder + "/combo_list_" + name + ".png"));
+    }
 }

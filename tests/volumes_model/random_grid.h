@@ -20,9 +20,10 @@ struct RandomGridOptions {
 };
 
 /// A grid with leaning pillars, faults between columns, pinched and inactive cells, with properties "POR" (float, no
-/// no-data value), "DEP" (double, no-data -1), "FAC" (discrete 0 to 3, no no-data value), "NODE" (float on points), user
-/// regions "A", "B", "C" and the model region "M". The same for the same seed.
-inline lodex::GridModel random_grid(const lodex::GridSize& size, std::uint64_t seed, const RandomGridOptions& options = {})
+/// no-data value), "DEP" (double, no-data -1), "FAC" (discrete 0 to 3, no no-data value), "NODE" (float on points),
+/// user regions "A", "B", "C" and the model region "M". The same for the same seed.
+inline lodex::GridModel random_grid(const lodex::GridSize& size, std::uint64_t seed,
+                                    const RandomGridOptions& options = {})
 {
     using lodex::CounterRandom;
     lodex::GridModel model;
@@ -30,7 +31,9 @@ inline lodex::GridModel random_grid(const lodex::GridSize& size, std::uint64_t s
     model.size = size;
     const CounterRandom random(seed);
     std::uint64_t next = 0;
-    const auto draw = [&](double low, double high) { return low + (high - low) * random.uniform(next++); };
+    const auto draw = [&](double low, double high) {
+        return low + (high - low) * random.uniform(next++);
+    };
 
     std::vector<double> coord;
     const double sign = options.mirrored ? -1 : 1;
@@ -65,8 +68,8 @@ inline lodex::GridModel random_grid(const lodex::GridSize& size, std::uint64_t s
                     for (int b = 0; b < 2; ++b)
                         for (int a = 0; a < 2; ++a)
                             at(i, j, k, a, b, c) =
-                                depths[static_cast<std::size_t>((i + a) + (size[0] + 1) * (j + b) + nodes * (k + c))]
-                                + down + (c == 1 ? gap : 0);
+                                depths[static_cast<std::size_t>((i + a) + (size[0] + 1) * (j + b) + nodes * (k + c))] +
+                                down + (c == 1 ? gap : 0);
             }
         }
     if (options.double_depths) {
@@ -116,8 +119,8 @@ inline bool same_data(const lodex::GridModel& a, const lodex::GridModel& b)
         return false;
     for (std::size_t p = 0; p < a.properties.size(); ++p) {
         const auto &left = a.properties[p], &right = b.properties[p];
-        if (left.name != right.name || left.unit != right.unit || left.values.index() != right.values.index()
-            || left.size() != right.size() || left.no_data != right.no_data || left.code_names != right.code_names)
+        if (left.name != right.name || left.unit != right.unit || left.values.index() != right.values.index() ||
+            left.size() != right.size() || left.no_data != right.no_data || left.code_names != right.code_names)
             return false;
         const bool same = std::visit(
             [&](const auto& values) {
@@ -132,8 +135,8 @@ inline bool same_data(const lodex::GridModel& a, const lodex::GridModel& b)
             return false;
     }
     for (std::size_t r = 0; r < a.regions.size(); ++r)
-        if (a.regions[r].name != b.regions[r].name || a.regions[r].flags != b.regions[r].flags
-            || a.regions[r].model != b.regions[r].model)
+        if (a.regions[r].name != b.regions[r].name || a.regions[r].flags != b.regions[r].flags ||
+            a.regions[r].model != b.regions[r].model)
             return false;
     return true;
 }
@@ -150,8 +153,8 @@ inline std::string error_of(const std::function<void()>& work)
     return {};
 }
 
-/// Runs `work` again and again, cancelled at its first, second, ... progress step, until it is through. Returns how many
-/// steps it was cancelled at. Steps must run from 0 to 1 without going back.
+/// Runs `work` again and again, cancelled at its first, second, ... progress step, until it is through. Returns how
+/// many steps it was cancelled at. Steps must run from 0 to 1 without going back.
 inline int cancel_at_each_step(const std::function<void(const lodex::ProgressCheck&)>& work)
 {
     for (int step = 0;; ++step) {

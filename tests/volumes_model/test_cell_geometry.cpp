@@ -43,9 +43,10 @@ double volume_by_quadrature(const CellCorners& corners)
                 d[2][x] += f[0] * f[1] * slope[2] * corners[static_cast<std::size_t>(n)][x];
             }
         }
-        volume += (d[0][0] * (d[1][1] * d[2][2] - d[1][2] * d[2][1]) + d[0][1] * (d[1][2] * d[2][0] - d[1][0] * d[2][2])
-                   + d[0][2] * (d[1][0] * d[2][1] - d[1][1] * d[2][0]))
-                  / 8;
+        volume +=
+            (d[0][0] * (d[1][1] * d[2][2] - d[1][2] * d[2][1]) + d[0][1] * (d[1][2] * d[2][0] - d[1][0] * d[2][2]) +
+             d[0][2] * (d[1][0] * d[2][1] - d[1][1] * d[2][0])) /
+            8;
     }
     return volume;
 }
@@ -58,20 +59,20 @@ double tetrahedron(const Point3& a, const Point3& b, const Point3& c, const Poin
         e[1][x] = c[x] - a[x];
         e[2][x] = d[x] - a[x];
     }
-    return (e[0][0] * (e[1][1] * e[2][2] - e[1][2] * e[2][1]) + e[0][1] * (e[1][2] * e[2][0] - e[1][0] * e[2][2])
-            + e[0][2] * (e[1][0] * e[2][1] - e[1][1] * e[2][0]))
-           / 6;
+    return (e[0][0] * (e[1][1] * e[2][2] - e[1][2] * e[2][1]) + e[0][1] * (e[1][2] * e[2][0] - e[1][0] * e[2][2]) +
+            e[0][2] * (e[1][0] * e[2][1] - e[1][1] * e[2][0])) /
+           6;
 }
 
 // Mean of the two splits into four corner tetrahedra and one in the middle.
 double volume_by_tetrahedra(const CellCorners& p)
 {
-    const double even = tetrahedron(p[0], p[1], p[2], p[4]) + tetrahedron(p[3], p[2], p[1], p[7])
-                        + tetrahedron(p[5], p[4], p[7], p[1]) + tetrahedron(p[6], p[7], p[4], p[2])
-                        + tetrahedron(p[1], p[2], p[4], p[7]);
-    const double odd = tetrahedron(p[1], p[3], p[0], p[5]) + tetrahedron(p[2], p[0], p[3], p[6])
-                       + tetrahedron(p[4], p[0], p[6], p[5]) + tetrahedron(p[7], p[5], p[6], p[3])
-                       + tetrahedron(p[0], p[3], p[6], p[5]);
+    const double even = tetrahedron(p[0], p[1], p[2], p[4]) + tetrahedron(p[3], p[2], p[1], p[7]) +
+                        tetrahedron(p[5], p[4], p[7], p[1]) + tetrahedron(p[6], p[7], p[4], p[2]) +
+                        tetrahedron(p[1], p[2], p[4], p[7]);
+    const double odd = tetrahedron(p[1], p[3], p[0], p[5]) + tetrahedron(p[2], p[0], p[3], p[6]) +
+                       tetrahedron(p[4], p[0], p[6], p[5]) + tetrahedron(p[7], p[5], p[6], p[3]) +
+                       tetrahedron(p[0], p[3], p[6], p[5]);
     return (std::abs(even) + std::abs(odd)) / 2;
 }
 
@@ -158,8 +159,8 @@ TEST(CellGeometry, SidesGoRoundTheCell)
         Point3 turn{}; // twice the vector area: points outwards
         for (std::size_t n = 0; n < 4; ++n)
             for (std::size_t x = 0; x < 3; ++x)
-                turn[x] += points[n][(x + 1) % 3] * points[(n + 1) % 4][(x + 2) % 3]
-                           - points[n][(x + 2) % 3] * points[(n + 1) % 4][(x + 1) % 3];
+                turn[x] += points[n][(x + 1) % 3] * points[(n + 1) % 4][(x + 2) % 3] -
+                           points[n][(x + 2) % 3] * points[(n + 1) % 4][(x + 1) % 3];
         Point3 outward{};
         outward[static_cast<std::size_t>(side / 2)] = side % 2 ? 2 : -2;
         EXPECT_EQ(turn, outward) << side;

@@ -19,9 +19,13 @@ DerivationRecord record_of(const GridSize& source_size, std::array<Ranges, 3> ra
 TEST(Derivation, ComposesHulls)
 {
     // Six sections refined to nine, then merged three by three.
-    const DerivationRecord refined{1, "coarse", {1, 1, 6}, {Ranges{{0, 0}}, Ranges{{0, 0}},
-                                   Ranges{{0, 0}, {1, 1}, {1, 1}, {1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}, {5, 5}}}};
-    const DerivationRecord merged{2, "refined", {1, 1, 9}, {Ranges{{0, 0}}, Ranges{{0, 0}}, Ranges{{0, 2}, {3, 5}, {6, 8}}}};
+    const DerivationRecord refined{1,
+                                   "coarse",
+                                   {1, 1, 6},
+                                   {Ranges{{0, 0}}, Ranges{{0, 0}},
+                                    Ranges{{0, 0}, {1, 1}, {1, 1}, {1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}, {5, 5}}}};
+    const DerivationRecord merged{
+        2, "refined", {1, 1, 9}, {Ranges{{0, 0}}, Ranges{{0, 0}}, Ranges{{0, 2}, {3, 5}, {6, 8}}}};
     const DerivationRecord both = compose_records(refined, merged);
     EXPECT_EQ(both.source_id, 1U);
     EXPECT_EQ(both.source_name, "coarse");
@@ -82,7 +86,9 @@ TEST(Refinement, EverySectionBecomesItsAmount)
     EXPECT_EQ(refined_ranges(list, {2, 4, 4})[2],
               (Ranges{{0, 0}, {1, 1}, {1, 1}, {1, 1}, {2, 2}, {2, 2}, {2, 2}, {3, 3}}));
     EXPECT_EQ(refined_ranges(list, {2, 4, 4})[0], (Ranges{{0, 0}, {0, 0}, {1, 1}, {1, 1}}));
-    EXPECT_EQ(error_of([&] { (void)refined_size(list, {2, 4, 2}); }),
+    EXPECT_EQ(error_of([&] {
+                  (void)refined_size(list, {2, 4, 2});
+              }),
               "sections 2 to 3 along K: the grid has 2 sections");
     // A size that would not fit into memory is still a size.
     EXPECT_EQ(refined_size(std::vector<GridRefinement>{{0, 1, 1, 2000000000}}, {2, 1, 1})[0], 2000000001);
@@ -90,8 +96,8 @@ TEST(Refinement, EverySectionBecomesItsAmount)
 
 TEST(Records, TellWhetherSizesAgree)
 {
-    const DerivationRecord record = record_of({5, 1, 4}, {Ranges{{0, 1}, {2, 3}, {4, 4}}, Ranges{{0, 0}},
-                                                          Ranges{{0, 3}}});
+    const DerivationRecord record =
+        record_of({5, 1, 4}, {Ranges{{0, 1}, {2, 3}, {4, 4}}, Ranges{{0, 0}}, Ranges{{0, 3}}});
     const std::vector<GridModification> right{{0, 1, 5, 2}, {2, 1, 4, 4}};
     const std::vector<GridModification> same_size{{0, 2, 5, 2}, {2, 1, 4, 4}};
     const std::vector<GridModification> other{{0, 1, 5, 5}};
@@ -138,8 +144,8 @@ TEST(Records, AreWrittenAsShortModifications)
 
 TEST(Records, AreWrittenAsShortRefinements)
 {
-    const DerivationRecord record = record_of({3, 1, 2}, {Ranges{{0, 0}, {0, 0}, {1, 1}, {1, 1}, {2, 2}}, Ranges{{0, 0}},
-                                                          Ranges{{0, 0}, {1, 1}, {1, 1}, {1, 1}}});
+    const DerivationRecord record = record_of({3, 1, 2}, {Ranges{{0, 0}, {0, 0}, {1, 1}, {1, 1}, {2, 2}},
+                                                          Ranges{{0, 0}}, Ranges{{0, 0}, {1, 1}, {1, 1}, {1, 1}}});
     const auto found = refinements_of(record);
     ASSERT_TRUE(found);
     EXPECT_EQ(*found, (std::vector<GridRefinement>{{0, 1, 2, 2}, {2, 2, 2, 3}}));

@@ -139,10 +139,8 @@ TEST(FaultBlocks, SameOnOneThreadAndTwo)
 TEST(FaultBlocks, StopsAtEachStep)
 {
     const GridModel source = random_grid({10, 40, 4}, 4);
-    EXPECT_GE(cancel_at_each_step([&](const ProgressCheck& progress) {
-                  (void)find_fault_blocks(source, -1, progress);
-              }),
-              5);
+    EXPECT_GE(
+        cancel_at_each_step([&](const ProgressCheck& progress) { (void)find_fault_blocks(source, -1, progress); }), 5);
 }
 
 } // namespace

@@ -111,8 +111,8 @@ NaiveMerge naive_merge(const GridModel& source, const MergeRequest& request)
         for (std::int64_t i = 0; i <= grid.size[0]; ++i) {
             std::array<std::int64_t, 3> n{i, j, 0};
             if (axis < 2)
-                n[axis] = n[axis] < grid.size[axis] ? groups[static_cast<std::size_t>(n[axis])].first
-                                                    : source.size[axis];
+                n[axis] =
+                    n[axis] < grid.size[axis] ? groups[static_cast<std::size_t>(n[axis])].first : source.size[axis];
             for (std::int64_t part = 0; part < 6; ++part)
                 coord.push_back(
                     source.coord[static_cast<std::size_t>(6 * (n[0] + (source.size[0] + 1) * n[1]) + part)]);
@@ -137,9 +137,9 @@ NaiveMerge naive_merge(const GridModel& source, const MergeRequest& request)
                     std::array<std::int64_t, 3> old = n;
                     old[axis] = side[axis] ? groups[g].last : groups[g].first;
                     const auto index = [&](const GridSize& size, const std::array<std::int64_t, 3>& at) {
-                        return static_cast<std::size_t>(((2 * at[2] + side[2]) * 2 * size[1] + 2 * at[1] + side[1]) * 2
-                                                            * size[0]
-                                                        + 2 * at[0] + side[0]);
+                        return static_cast<std::size_t>(((2 * at[2] + side[2]) * 2 * size[1] + 2 * at[1] + side[1]) *
+                                                            2 * size[0] +
+                                                        2 * at[0] + side[0]);
                     };
                     zcorn[index(grid.size, n)] = source.zcorn[index(source.size, old)];
                 }
@@ -170,8 +170,8 @@ NaiveMerge naive_merge(const GridModel& source, const MergeRequest& request)
                             if (best >= 0)
                                 values[cell] = std::get<Values>(from.values)[old_at(n, best)];
                             else if constexpr (std::is_floating_point_v<Value>)
-                                values[cell] = static_cast<Value>(
-                                    from.no_data.value_or(std::numeric_limits<double>::quiet_NaN()));
+                                values[cell] =
+                                    static_cast<Value>(from.no_data.value_or(std::numeric_limits<double>::quiet_NaN()));
                             else
                                 values[cell] = -999;
                         },
@@ -240,8 +240,8 @@ TEST_P(RandomMerges, AgreeWithACellByCellMerge)
 {
     const auto& [what, mode, wide] = GetParam();
     for (std::uint64_t seed = 1; seed <= 3; ++seed) {
-        const GridModel source = random_grid(what.size, seed, {.double_depths = wide, .mirrored = seed == 2,
-                                                               .inactive_share = seed == 3 ? 0.6 : 0.2});
+        const GridModel source = random_grid(
+            what.size, seed, {.double_depths = wide, .mirrored = seed == 2, .inactive_share = seed == 3 ? 0.6 : 0.2});
         MergeRequest request = along(what.axis, what.sections);
         request.property_sections = what.property_sections;
         request.region_mode = static_cast<RegionMode>(mode);
@@ -293,7 +293,8 @@ INSTANTIATE_TEST_SUITE_P(
     Sections, RandomMerges,
     testing::Combine(testing::Values(MergeCase{{9, 6, 5}, 0, {{0, 1}, {4, 8}}, {}},
                                      MergeCase{{9, 6, 5}, 0, {{6, 8}, {0, 0}, {2, 5}}, {8, 3, 2}},
-                                     MergeCase{{9, 6, 5}, 1, {{0, 5}}, {3}}, MergeCase{{9, 6, 5}, 1, {{1, 2}, {4, 5}}, {1}},
+                                     MergeCase{{9, 6, 5}, 1, {{0, 5}}, {3}},
+                                     MergeCase{{9, 6, 5}, 1, {{1, 2}, {4, 5}}, {1}},
                                      MergeCase{{9, 6, 5}, 2, {{0, 1}, {3, 4}}, {1, 0}},
                                      MergeCase{{9, 6, 5}, 2, {{0, 4}}, {2}}, MergeCase{{9, 6, 5}, 2, {}, {}},
                                      MergeCase{{1, 6, 5}, 0, {{0, 0}}, {}}, MergeCase{{1, 6, 5}, 1, {{2, 5}}, {-1}},
@@ -329,7 +330,8 @@ TEST(Merge, InactiveKeptSectionGivesWayToTheNearestActiveOne)
     EXPECT_EQ(report.gave_way, 1);
     box.active = {1, 0, 0, 1, 1, 0};
     result = merge_sections(box, request, report);
-    EXPECT_EQ(codes(result, "N"), (std::vector<std::int32_t>{3, 5})) << "a single section keeps its value, active or not";
+    EXPECT_EQ(codes(result, "N"), (std::vector<std::int32_t>{3, 5}))
+        << "a single section keeps its value, active or not";
     EXPECT_EQ(result.active, (std::vector<std::uint8_t>{1, 0}));
     EXPECT_EQ(report.gave_way, 1);
     EXPECT_EQ(report.undefined, 0);
@@ -474,7 +476,8 @@ TEST(Merge, VolumeIsKeptAlongK)
         const MergeRequest request = along(2, {{0, 2}, {3, 4}, {6, 9}});
         MergeReport report;
         // Without gaps between K layers; plane sides where pillars are vertical.
-        RandomGridOptions options{.double_depths = true, .plane_sides = true, .split_corners = false, .inactive_share = 0};
+        RandomGridOptions options{
+            .double_depths = true, .plane_sides = true, .split_corners = false, .inactive_share = 0};
         (void)merge_sections(random_grid({12, 11, 10}, seed, options), request, report);
         EXPECT_NEAR(report.total_volume_after / report.total_volume_before, 1, 1e-12);
         EXPECT_NEAR(report.bulk_volume_after / report.bulk_volume_before, 1, 1e-12);
@@ -606,6 +609,10 @@ TEST(Merge, ModelInfoGivesDepthsIn64Bits)
     const GridModel plain = merged(source, sideways);
     sideways.model_info = true;
     EXPECT_TRUE(same_data(merged(source, sideways), plain));
+    MergeReport report;
+    source.layers.clear();
+    (void)merge_sections(source, sideways, report);
+    EXPECT_EQ(report.warnings.size(), 1U) << "without layers it warns along every axis";
 }
 
 TEST(Merge, NodesKeepTheirValues)
@@ -629,9 +636,9 @@ TEST(Merge, FaultsMoveToTheNewIndices)
     MergeReport report;
     const GridModel result = merge_sections(box, along(0, {{0, 2}, {4, 5}}), report);
     const auto text = [](const FaultSegment& f) {
-        return f.name + ' ' + f.face + ' ' + std::to_string(f.i[0]) + '-' + std::to_string(f.i[1]) + ' '
-               + std::to_string(f.j[0]) + '-' + std::to_string(f.j[1]) + ' ' + std::to_string(f.k[0]) + '-'
-               + std::to_string(f.k[1]);
+        return f.name + ' ' + f.face + ' ' + std::to_string(f.i[0]) + '-' + std::to_string(f.i[1]) + ' ' +
+               std::to_string(f.j[0]) + '-' + std::to_string(f.j[1]) + ' ' + std::to_string(f.k[0]) + '-' +
+               std::to_string(f.k[1]);
     };
     std::vector<std::string> found;
     for (const FaultSegment& fault : result.faults)
@@ -644,8 +651,11 @@ TEST(Merge, FaultsMoveToTheNewIndices)
 TEST(Merge, KeptKeywordsGoOnlyWhereTheyNoLongerFit)
 {
     GridModel box = numbered_box({4, 1, 1});
-    box.kept = {{"CELLWISE", " 2*1 3 'x' ", "f", 1}, {"TITLE", "some words", "f", 2}, {"BOX", "1 2 1 1 1 1", "f", 3},
-                {"NOTE", "1 2 3 4 5", "f", 4}, {"COMMENTED", "1 -- 2 3 4\n 5", "f", 5}};
+    box.kept = {{"CELLWISE", " 2*1 3 'x' ", "f", 1},
+                {"TITLE", "some words", "f", 2},
+                {"BOX", "1 2 1 1 1 1", "f", 3},
+                {"NOTE", "1 2 3 4 5", "f", 4},
+                {"COMMENTED", "1 -- 2 3 4\n 5", "f", 5}};
     MergeReport report;
     EXPECT_EQ(merge_sections(box, along(0, {}), report).kept.size(), 5U);
     EXPECT_TRUE(report.warnings.empty());

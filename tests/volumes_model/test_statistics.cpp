@@ -166,8 +166,8 @@ TEST(Statistics, StopsAtEachStep)
 
 TEST(PropertyTools, DefinedIsFiniteAndNotTheNoDataValue)
 {
-    PropertyData property{"P", "", std::vector<float>{1, nan_value, 0.1F, std::numeric_limits<float>::infinity()}, 0.1,
-                          {}, false};
+    PropertyData property{"P", "", std::vector<float>{1, nan_value, 0.1F, std::numeric_limits<float>::infinity()},
+                          0.1, {}, false};
     EXPECT_TRUE(is_defined(property, 0));
     EXPECT_FALSE(is_defined(property, 1));
     EXPECT_FALSE(is_defined(property, 2)) << "compared in the storage type";

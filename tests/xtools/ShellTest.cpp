@@ -302,6 +302,19 @@ TEST(Shell, WithoutCancelTheBodysRejectDecides)
     EXPECT_EQ(deleted, 1);
 }
 
+TEST(Shell, HelpKeyPressesTheHelpButton)
+{
+    Dialog dialog;
+    auto* help = new QPushButton("&Help", dialog.body);
+    int helps = 0;
+    QObject::connect(help, &QPushButton::clicked, [&] { ++helps; });
+    dialog.shell->show();
+    QTest::keyClick(dialog.edit, Qt::Key_F1);
+    EXPECT_EQ(helps, 1);
+    EXPECT_TRUE(dialog.shell->widget()->isVisible());
+    delete dialog.shell;
+}
+
 TEST(Shell, BodyThatIsNoDialogJustCloses)
 {
     QPointer<XMQShell> shell = new XMQShell(new QLabel("text"), "LabelShell", "Label");
@@ -408,6 +421,20 @@ TEST(Shell, GoesWithTheWindowItBelongsTo)
     EXPECT_TRUE(shell.isNull());
     EXPECT_EQ(deleted, 1);
     EXPECT_TRUE(body_lived) << "the owner's death must not delete the body first";
+}
+
+TEST(Shell, DoesNotGoWithAnotherShell)
+{
+    QMainWindow owner;
+    QPointer<XMQShell> first = new XMQShell(new QDialog(&owner), "First", "First");
+    auto* second = new XMQShell(new QDialog(first->widget()), "Second", "Second");
+    QPointer<XMQShell> third = new XMQShell(new QDialog(second->widget()), "Third", "Third");
+    delete first;
+    delete second;
+    run_deletions();
+    ASSERT_FALSE(third.isNull());
+    EXPECT_EQ(XMQShell::find("Third"), third);
+    delete third;
 }
 
 TEST(Shell, DoesNotKeepTheApplicationAlive)

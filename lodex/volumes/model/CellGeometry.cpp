@@ -76,10 +76,10 @@ double triple(const Point3& a, const Point3& b, const Point3& c)
 
 double signed_cell_volume(const CellCorners& p)
 {
-    return (triple((p[2] - p[1]) + (p[6] - p[3]), p[7] - p[2], p[3] - p[0])
-            + triple((p[4] - p[2]) + (p[5] - p[6]), p[7] - p[4], p[6] - p[0])
-            + triple((p[1] - p[4]) + (p[3] - p[5]), p[7] - p[1], p[5] - p[0]))
-           * (1.0 / 12);
+    return (triple((p[2] - p[1]) + (p[6] - p[3]), p[7] - p[2], p[3] - p[0]) +
+            triple((p[4] - p[2]) + (p[5] - p[6]), p[7] - p[4], p[6] - p[0]) +
+            triple((p[1] - p[4]) + (p[3] - p[5]), p[7] - p[1], p[5] - p[0])) *
+           (1.0 / 12);
 }
 
 double cell_volume(const CellCorners& corners)
@@ -109,13 +109,13 @@ double cell_height(const GridModel& model, std::int64_t i, std::int64_t j, std::
 std::vector<double> cell_volumes(const GridModel& model, const ProgressCheck& progress)
 {
     std::vector<double> result = make_array<double>(static_cast<std::size_t>(model.cells()));
-    for_volume_rows(model, GridBlocks(model.size), progress,
-                    [&](std::int64_t, const GridBlocks::Box& box, std::int64_t j, std::int64_t k,
-                        std::span<const double> volumes) {
-                        double* const out = result.data() + model.cell_index(box.i.first, j, k);
-                        for (std::size_t i = 0; i < volumes.size(); ++i)
-                            out[i] = std::abs(volumes[i]);
-                    });
+    for_volume_rows(
+        model, GridBlocks(model.size), progress,
+        [&](std::int64_t, const GridBlocks::Box& box, std::int64_t j, std::int64_t k, std::span<const double> volumes) {
+            double* const out = result.data() + model.cell_index(box.i.first, j, k);
+            for (std::size_t i = 0; i < volumes.size(); ++i)
+                out[i] = std::abs(volumes[i]);
+        });
     return result;
 }
 
@@ -136,30 +136,30 @@ VolumeSummary summarise_volumes(const GridModel& model, const ProgressCheck& pro
         const IndexRange k = blocks.box(static_cast<std::int64_t>(block)).k;
         sums[block].resize(static_cast<std::size_t>(k.last - k.first + 1));
     }
-    for_volume_rows(model, blocks, progress,
-                    [&](std::int64_t block, const GridBlocks::Box& box, std::int64_t j, std::int64_t k,
-                        std::span<double> volumes) {
-                        LayerSums& layer = sums[static_cast<std::size_t>(block)][static_cast<std::size_t>(k - box.k.first)];
-                        const std::uint8_t* const active = model.active.data() + model.cell_index(box.i.first, j, k);
-                        double total = 0;
-                        std::int64_t cells = 0, positive = 0, negative = 0;
-                        for (std::size_t i = 0; i < volumes.size(); ++i) {
-                            total += std::abs(volumes[i]);
-                            volumes[i] = active[i] ? volumes[i] : 0;
-                            cells += active[i] != 0;
-                            positive += volumes[i] > 0;
-                            negative += volumes[i] < 0;
-                        }
-                        layer.total.add(total);
-                        layer.signed_active.add(pairwise_sum(volumes));
-                        for (double& volume : volumes)
-                            volume = std::abs(volume);
-                        layer.active.add(pairwise_sum(volumes));
-                        layer.cells += cells;
-                        layer.positive += positive;
-                        layer.negative += negative;
-                        layer.flat += cells - positive - negative;
-                    });
+    for_volume_rows(
+        model, blocks, progress,
+        [&](std::int64_t block, const GridBlocks::Box& box, std::int64_t j, std::int64_t k, std::span<double> volumes) {
+            LayerSums& layer = sums[static_cast<std::size_t>(block)][static_cast<std::size_t>(k - box.k.first)];
+            const std::uint8_t* const active = model.active.data() + model.cell_index(box.i.first, j, k);
+            double total = 0;
+            std::int64_t cells = 0, positive = 0, negative = 0;
+            for (std::size_t i = 0; i < volumes.size(); ++i) {
+                total += std::abs(volumes[i]);
+                volumes[i] = active[i] ? volumes[i] : 0;
+                cells += active[i] != 0;
+                positive += volumes[i] > 0;
+                negative += volumes[i] < 0;
+            }
+            layer.total.add(total);
+            layer.signed_active.add(pairwise_sum(volumes));
+            for (double& volume : volumes)
+                volume = std::abs(volume);
+            layer.active.add(pairwise_sum(volumes));
+            layer.cells += cells;
+            layer.positive += positive;
+            layer.negative += negative;
+            layer.flat += cells - positive - negative;
+        });
 
     VolumeSummary result;
     std::vector<LayerSums> layers(static_cast<std::size_t>(model.size[2]));

@@ -35,8 +35,8 @@ enum class CellSide { IMinus, IPlus, JMinus, JPlus, KMinus, KPlus };
 [[nodiscard]] Point3 cell_centre(const CellCorners& corners);
 
 /// Volume of the trilinear hexahedron with its sign: positive when (I, J, K) turns like (x, y, depth). Exact, equal to
-/// the mean of the two splits into five tetrahedra; three determinants after J. Grandy, "Efficient computation of volume
-/// of hexahedral cells", UCRL-ID-128886, 1997.
+/// the mean of the two splits into five tetrahedra; three determinants after J. Grandy, "Efficient computation of
+/// volume of hexahedral cells", UCRL-ID-128886, 1997.
 [[nodiscard]] double signed_cell_volume(const CellCorners& corners);
 
 /// Absolute value of signed_cell_volume().
@@ -59,8 +59,8 @@ struct VolumeSummary {
     double total_volume = 0;  ///< bulk volume of all cells
     double signed_volume = 0; ///< sum of the signed volumes of the active cells: its sign is the handedness
     std::int64_t active_cells = 0;
-    std::int64_t flat_cells = 0;     ///< active cells of volume 0
-    std::int64_t inverted_cells = 0; ///< active cells whose sign is not that of the grid
+    std::int64_t flat_cells = 0;           ///< active cells of volume 0
+    std::int64_t inverted_cells = 0;       ///< active cells whose sign is not that of the grid
     std::vector<double> layer_volume;      ///< bulk volume of the active cells of each K layer
     std::vector<std::int64_t> layer_cells; ///< active cells of each K layer
 };

@@ -31,8 +31,8 @@ GridModel make_box(const GridSize& size, const std::array<double, 3>& spacing, c
     check_size(size);
     for (std::size_t axis = 0; axis < 3; ++axis)
         if (!(spacing[axis] > 0) || !std::isfinite(spacing[axis]) || !std::isfinite(origin[axis]))
-            throw ModelError(fmt::format("spacing {} from {} along {} makes no cells", spacing[axis], origin[axis],
-                                         "IJK"[axis]));
+            throw ModelError(
+                fmt::format("spacing {} from {} along {} makes no cells", spacing[axis], origin[axis], "IJK"[axis]));
     GridModel model;
     model.size = size;
     const auto at = [&](std::size_t axis, std::int64_t n) {
@@ -69,22 +69,24 @@ enum Facies : std::int32_t { Shale, Levee, Channel };
 
 struct Unit {
     const char* name;
-    double share;     // of the K layers
+    double share; // of the K layers
     Style style;
     double thickness; // greatest one
     int channels;
 };
 
-constexpr std::array<Unit, 4> units{{{"Alder", 0.25, Style::ParallelToBase, 55, 5},
-                                     {"Birch", 0.25, Style::Proportional, 46, 9},
-                                     {"Cedar", 0.30, Style::ParallelToTop, 60, 13},
-                                     {"Damson", 0.20, Style::Proportional, 40, 4}}};
+constexpr std::array<Unit, 4> units{{{"Alder", 0.25, Style::ParallelToBase, 55, 7},
+                                     {"Birch", 0.25, Style::Proportional, 46, 13},
+                                     {"Cedar", 0.30, Style::ParallelToTop, 60, 18},
+                                     {"Damson", 0.20, Style::Proportional, 40, 6}}};
 
-// Distribution of porosity (fraction) and permeability (mD) of each facies, after published averages of fluvial reservoirs.
+// Distribution of porosity (fraction) and permeability (mD) of each facies, after published averages of fluvial
+// reservoirs.
 struct Rock {
     double porosity, porosity_spread, log_permeability, log_spread, vertical_ratio;
 };
-constexpr std::array<Rock, 3> rocks{{{0.06, 0.02, -3.0, 0.9, 0.01}, {0.16, 0.03, 3.4, 0.7, 0.1}, {0.25, 0.03, 6.4, 0.5, 0.35}}};
+constexpr std::array<Rock, 3> rocks{
+    {{0.06, 0.02, -3.0, 0.9, 0.01}, {0.16, 0.03, 3.4, 0.7, 0.1}, {0.25, 0.03, 6.4, 0.5, 0.35}}};
 // How much ln permeability grows with porosity.
 constexpr double log_permeability_per_porosity = 18;
 
@@ -96,8 +98,8 @@ struct ChannelBelt {
 
     [[nodiscard]] double centre(double v) const
     {
-        return middle + amplitude * exactly::sin_turns(turns * v + phase)
-               + 0.3 * amplitude * exactly::sin_turns(2.7 * turns * v + 3 * phase);
+        return middle + amplitude * exactly::sin_turns(turns * v + phase) +
+               0.3 * amplitude * exactly::sin_turns(2.7 * turns * v + 3 * phase);
     }
 };
 
@@ -134,7 +136,7 @@ public:
         : size_(size)
         , seed_(seed)
     {
-        const auto [ni, nj, nk] = size;
+        const std::int64_t ni = size[0], nj = size[1], nk = size[2];
         fault_1_ = ni >= 3 ? std::clamp<std::int64_t>(ni * 3 / 10, 1, ni - 2) : 0;
         fault_2_ = ni >= 3 ? std::clamp<std::int64_t>(ni * 68 / 100, fault_1_ + 1, ni - 1) : ni;
         fault_3_ = nj >= 2 ? std::clamp<std::int64_t>(nj * 55 / 100, 1, nj - 1) : nj;
@@ -191,8 +193,9 @@ private:
             const auto draw = [&](std::uint64_t which, double low, double high) {
                 return low + (high - low) * random.uniform(static_cast<std::uint64_t>(n) * 16 + which);
             };
+            // Two at the unit's top, where they are seen, the others anywhere.
             belts.push_back({draw(0, 0.05, 0.95), draw(1, 0.03, 0.10), draw(2, 0.7, 1.6), draw(3, 0, 1),
-                             draw(4, 0.022, 0.045), draw(5, -0.1, 0.9), draw(6, 0.18, 0.4)});
+                             draw(4, 0.03, 0.06), n < 2 ? draw(5, -0.15, 0) : draw(5, 0, 0.9), draw(6, 0.18, 0.4)});
         }
         return belts;
     }
@@ -249,8 +252,8 @@ private:
     {
         const double x = (u - 0.5) / 0.42, y = (v - 0.47) / 0.62;
         const double distance = x * x + y * y;
-        const double structure = 1960 + 150 * distance / (1 + 0.35 * distance)
-                                 + 7 * exactly::sin_turns(1.3 * u + 0.4 * v) + 5 * exactly::sin_turns(1.7 * v - 0.6 * u);
+        const double structure = 1960 + 150 * distance / (1 + 0.35 * distance) +
+                                 7 * exactly::sin_turns(1.3 * u + 0.4 * v) + 5 * exactly::sin_turns(1.7 * v - 0.6 * u);
         const double erosion = 1932 + 16 * (u - 0.5) + 4 * exactly::sin_turns(1.1 * u + 0.9 * v);
         const double thickness[] = {0, 38 + 8 * exactly::sin_turns(0.8 * u + 0.5 * v), 22 + 38 * (1 - u),
                                     34 + 6 * exactly::sin_turns(0.9 * v - 0.4 * u + 0.3)};
@@ -295,10 +298,10 @@ private:
 
     void make_depths(GridModel& model, const ProgressCheck& progress) const
     {
-        const auto [ni, nj, nk] = size_;
+        const std::int64_t ni = size_[0], nj = size_[1], nk = size_[2];
         std::vector<float> zcorn = make_array<float>(static_cast<std::size_t>(8 * model.cells()));
         model.active.assign(static_cast<std::size_t>(model.cells()), 1);
-        for_blocks(nj, progress, [&, ni = ni, nk = nk](std::int64_t j) {
+        for_blocks(nj, progress, [&](std::int64_t j) {
             std::vector<double> tops;
             std::vector<float> column;
             for (std::int64_t i = 0; i < ni; ++i) {
@@ -345,7 +348,7 @@ private:
 
     void make_properties(GridModel& model, const ProgressCheck& progress) const
     {
-        const auto [ni, nj, nk] = size_;
+        const std::int64_t ni = size_[0], nj = size_[1], nk = size_[2];
         const auto cells = static_cast<std::size_t>(model.cells());
         std::vector<std::int32_t> facies(cells);
         std::vector<float> porosity(cells), perm_x(cells), perm_y(cells), perm_z(cells);
@@ -353,12 +356,12 @@ private:
         RegionData water{"water_zone", std::vector<std::uint8_t>(cells), false};
         const CounterRandom lattice(seed_, 1), own(seed_, 2), scatter(seed_, 3), vertical(seed_, 4);
 
-        for_blocks(nj * nk, progress, [&, ni = ni, nj = nj](std::int64_t row) {
+        for_blocks(nj * nk, progress, [&](std::int64_t row) {
             const std::int64_t j = row % nj, k = row / nj;
             const std::size_t unit = unit_of(k);
             const double v = along_j(static_cast<double>(j) + 0.5);
-            const double depth = (static_cast<double>(k - starts_[unit]) + 0.5)
-                                 / static_cast<double>(starts_[unit + 1] - starts_[unit]);
+            const double depth =
+                (static_cast<double>(k - starts_[unit]) + 0.5) / static_cast<double>(starts_[unit + 1] - starts_[unit]);
             std::vector<double> centres;
             for (const ChannelBelt& belt : belts_[unit])
                 centres.push_back(belt.centre(v));
@@ -367,12 +370,12 @@ private:
                 const double u = along_i(static_cast<double>(i) + 0.5);
                 const Facies kind = facies_at(unit, centres, u, depth);
                 const Rock& rock = rocks[static_cast<std::size_t>(kind)];
-                const double noise = 0.8 * smooth_noise(lattice, 10 * u, 8 * v, 5 * (static_cast<double>(unit) + depth))
-                                     + 0.6 * own.normal(cell);
+                const double noise =
+                    0.8 * smooth_noise(lattice, 10 * u, 8 * v, 5 * (static_cast<double>(unit) + depth)) +
+                    0.6 * own.normal(cell);
                 const double phi = std::clamp(rock.porosity + rock.porosity_spread * noise, 0.01, 0.36);
-                const double log_perm = rock.log_permeability
-                                        + log_permeability_per_porosity * (phi - rock.porosity)
-                                        + rock.log_spread * scatter.normal(cell);
+                const double log_perm = rock.log_permeability + log_permeability_per_porosity * (phi - rock.porosity) +
+                                        rock.log_spread * scatter.normal(cell);
                 const double perm = std::clamp(exactly::exp(log_perm), 1e-4, 2e4);
                 const double ratio = rock.vertical_ratio * exactly::exp(0.2 * vertical.normal(cell));
                 facies[cell] = kind;
@@ -397,14 +400,14 @@ private:
 
     void make_faults(GridModel& model) const
     {
-        const auto [ni, nj, nk] = size_;
+        const std::int64_t ni = size_[0], nj = size_[1], nk = size_[2];
         if (ni >= 3) {
             model.faults.push_back({"West_fault", {fault_1_ - 1, fault_1_ - 1}, {0, nj - 1}, {0, nk - 1}, "I+"});
             model.faults.push_back({"East_fault", {fault_2_ - 1, fault_2_ - 1}, {0, nj - 1}, {0, nk - 1}, "I+"});
         }
         if (nj >= 2)
-            model.faults.push_back({"Cross_fault", {fault_1_, fault_2_ - 1}, {fault_3_ - 1, fault_3_ - 1}, {0, nk - 1},
-                                    "J+"});
+            model.faults.push_back(
+                {"Cross_fault", {fault_1_, fault_2_ - 1}, {fault_3_ - 1, fault_3_ - 1}, {0, nk - 1}, "J+"});
     }
 
     GridSize size_;

@@ -16,12 +16,12 @@ namespace lodex {
 /// Size of the example field when nothing else is asked for.
 inline constexpr GridSize example_size{50, 40, 40};
 
-/// The example field: an anticline of 3 km by 2.4 km cut by three faults, one of which dies out; four stratigraphic units
-/// (fewer when there are fewer K layers) of all three layering styles. The top unit is eroded over the crest and the third
-/// one wedges out to the east: cells there are pinched, those pinched to nothing inactive, as are the corners of the map.
-/// Properties FACIES (discrete: shale, levee, channel), PORO (fraction), PERMX, PERMY, PERMZ (mD); user regions
-/// "oil_zone" and "water_zone" above and below a contact; the three faults by name. Metres, depth about 2000; depths and
-/// values are 32-bit. Bit-identical for the same size and seed on every machine and number of threads.
+/// The example field: an anticline of 3 km by 2.4 km cut by three faults, one of which dies out; four stratigraphic
+/// units (fewer when there are fewer K layers) of all three layering styles. The top unit is eroded over the crest and
+/// the third one wedges out to the east: cells there are pinched, those pinched to nothing inactive, as are the corners
+/// of the map. Properties FACIES (discrete: shale, levee, channel), PORO (fraction), PERMX, PERMY, PERMZ (mD); user
+/// regions "oil_zone" and "water_zone" above and below a contact; the three faults by name. Metres, depth about 2000;
+/// depths and values are 32-bit. Bit-identical for the same size and seed on every machine and number of threads.
 /// Throws ModelError when a size is below 1, Cancelled.
 [[nodiscard]] GridModel make_example(const GridSize& size = example_size, std::uint64_t seed = 1,
                                      const ProgressCheck& progress = {});

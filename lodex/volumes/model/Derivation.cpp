@@ -292,8 +292,8 @@ std::optional<std::vector<GridRefinement>> refinements_of(const DerivationRecord
             if (amount == 0)
                 return std::nullopt;
             const long number = static_cast<long>(section + 1);
-            const bool joins = !result.empty() && result.back().axis == axis && result.back().last == section
-                               && result.back().amount == amount;
+            const bool joins = !result.empty() && result.back().axis == axis && result.back().last == section &&
+                               result.back().amount == amount;
             if (joins)
                 result.back().last = number;
             else if (amount > 1)

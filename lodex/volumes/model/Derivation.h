@@ -14,8 +14,8 @@ namespace lodex {
 /// Letter of an axis for messages: 'I' for 0, 'J' for 1, 'K' for 2.
 [[nodiscard]] char axis_letter(int axis);
 
-/// Record of a grid made from `parent` by `step`, seen from the parent's own source: `step` leads from the parent to the
-/// grid, `parent` from the parent's source to the parent. The range of an index is the hull of its parents' ranges.
+/// Record of a grid made from `parent` by `step`, seen from the parent's own source: `step` leads from the parent to
+/// the grid, `parent` from the parent's source to the parent. The range of an index is the hull of its parents' ranges.
 /// Throws ModelError when the sizes do not fit.
 [[nodiscard]] DerivationRecord compose_records(const DerivationRecord& parent, const DerivationRecord& step);
 
@@ -32,8 +32,8 @@ namespace lodex {
 /// A record that maps every index of a grid to itself.
 [[nodiscard]] DerivationRecord identity_record(std::uint64_t source_id, std::string source_name, const GridSize& size);
 
-/// Coarsening of a run of sections along an axis: from `first` to `last` (1-based, inclusive) every `step` sections make
-/// one. A last incomplete group of two or more merges too, a single section stays.
+/// Coarsening of a run of sections along an axis: from `first` to `last` (1-based, inclusive) every `step` sections
+/// make one. A last incomplete group of two or more merges too, a single section stays.
 struct GridModification {
     int axis = 0;
     long first = 1;

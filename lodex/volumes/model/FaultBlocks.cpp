@@ -11,7 +11,7 @@ namespace lodex {
 
 namespace {
 
-// Calls f(row) for chunks of numbers; their largest finite absolute value.
+// Largest finite absolute value of the corner depths of active cells.
 double largest_depth(const GridModel& model, const ProgressCheck& progress)
 {
     const std::int64_t layers = model.size[2];
@@ -75,7 +75,7 @@ double coincidence_tolerance(const GridModel& model)
 
 FaultBlocks find_fault_blocks(const GridModel& model, double tolerance, const ProgressCheck& progress)
 {
-    const auto [ni, nj, nk] = model.size;
+    const std::int64_t ni = model.size[0], nj = model.size[1], nk = model.size[2];
     if (!(tolerance >= 0))
         tolerance = part_of_depth * largest_depth(model, partial_progress(progress, 0, 0.4));
     const std::int64_t columns = ni * nj;
@@ -83,7 +83,7 @@ FaultBlocks find_fault_blocks(const GridModel& model, double tolerance, const Pr
     // Whether a column is connected to its neighbour at higher I, and at higher J.
     std::vector<std::uint8_t> to_i(static_cast<std::size_t>(columns)), to_j(static_cast<std::size_t>(columns));
     model.zcorn.visit([&](auto depths) {
-        for_blocks(nj, partial_progress(progress, 0.4, 0.8), [&, ni = ni, nj = nj, nk = nk](std::int64_t j) {
+        for_blocks(nj, partial_progress(progress, 0.4, 0.8), [&](std::int64_t j) {
             const auto close = [tolerance](auto a, auto b) {
                 return std::abs(static_cast<double>(a) - static_cast<double>(b)) <= tolerance;
             };
@@ -94,12 +94,12 @@ FaultBlocks find_fault_blocks(const GridModel& model, double tolerance, const Pr
                     return depths.data() + depth_offset(model.size, 0, row_j, k, b, c);
                 };
                 const auto *const z00 = row(j, 0, 0), *const z10 = row(j, 1, 0), *const z01 = row(j, 0, 1),
-                           *const z11 = row(j, 1, 1);
+                                  *const z11 = row(j, 1, 1);
                 for (std::int64_t i = 0; i + 1 < ni; ++i) {
                     auto& connected = to_i[static_cast<std::size_t>(i + ni * j)];
                     const std::int64_t a = 2 * i + 1;
-                    if (!connected && active[i] && active[i + 1] && close(z00[a], z00[a + 1])
-                        && close(z10[a], z10[a + 1]) && close(z01[a], z01[a + 1]) && close(z11[a], z11[a + 1])) {
+                    if (!connected && active[i] && active[i + 1] && close(z00[a], z00[a + 1]) &&
+                        close(z10[a], z10[a + 1]) && close(z01[a], z01[a + 1]) && close(z11[a], z11[a + 1])) {
                         connected = 1;
                         --open;
                     }
@@ -110,9 +110,8 @@ FaultBlocks find_fault_blocks(const GridModel& model, double tolerance, const Pr
                 for (std::int64_t i = 0; i < ni; ++i) {
                     auto& connected = to_j[static_cast<std::size_t>(i + ni * j)];
                     const std::int64_t a = 2 * i;
-                    if (!connected && active[i] && active[i + ni] && close(z10[a], next0[a])
-                        && close(z10[a + 1], next0[a + 1]) && close(z11[a], next1[a])
-                        && close(z11[a + 1], next1[a + 1])) {
+                    if (!connected && active[i] && active[i + ni] && close(z10[a], next0[a]) &&
+                        close(z10[a + 1], next0[a + 1]) && close(z11[a], next1[a]) && close(z11[a + 1], next1[a + 1])) {
                         connected = 1;
                         --open;
                     }

@@ -96,8 +96,8 @@ struct DerivationRecord {
 
 /// A corner-point grid as plain data: what readers make, operators take and give, and the catalogue's grid holds.
 ///
-/// Pillars run from top to bottom; the volume sign of (x, y, depth) against (I, J, K) tells the handedness and either is
-/// legal. Depth is positive downwards. Lengths are in the file's unit (GridFrame).
+/// Pillars run from top to bottom; the volume sign of (x, y, depth) against (I, J, K) tells the handedness and either
+/// is legal. Depth is positive downwards. Lengths are in the file's unit (GridFrame).
 struct GridModel {
     std::uint64_t id = 0; ///< unique in this process (see next_grid_id); 0 until the grid enters the catalogue
     GridSize size{};

@@ -46,16 +46,16 @@ double mean_cell_height(const GridModel& model, const IndexRange& range)
                     return depths.data() + depth_offset(model.size, 0, j, k, b, c);
                 };
                 const auto *const top0 = row(0, 0), *const top1 = row(1, 0), *const base0 = row(0, 1),
-                           *const base1 = row(1, 1);
+                                  *const base1 = row(1, 1);
                 const auto edge = [](auto base, auto top) {
                     return static_cast<double>(base) - static_cast<double>(top);
                 };
                 for (std::int64_t i = 0; i < model.size[0]; ++i) {
                     if (!active[i])
                         continue;
-                    heights.add((edge(base0[2 * i], top0[2 * i]) + edge(base0[2 * i + 1], top0[2 * i + 1])
-                                 + edge(base1[2 * i], top1[2 * i]) + edge(base1[2 * i + 1], top1[2 * i + 1]))
-                                / 4);
+                    heights.add((edge(base0[2 * i], top0[2 * i]) + edge(base0[2 * i + 1], top0[2 * i + 1]) +
+                                 edge(base1[2 * i], top1[2 * i]) + edge(base1[2 * i + 1], top1[2 * i + 1])) /
+                                4);
                     ++count;
                 }
             }
@@ -186,8 +186,8 @@ std::vector<RegionData> unit_regions(const GridModel& model)
     for (std::size_t n = 0; n < model.layers.size(); ++n) {
         auto it = std::ranges::find(regions, model.layers[n].unit, &RegionData::name);
         if (it == regions.end()) {
-            regions.push_back({model.layers[n].unit, std::vector<std::uint8_t>(static_cast<std::size_t>(model.cells())),
-                               true});
+            regions.push_back(
+                {model.layers[n].unit, std::vector<std::uint8_t>(static_cast<std::size_t>(model.cells())), true});
             it = regions.end() - 1;
         }
         std::fill(it->flags.begin() + starts[n] * columns, it->flags.begin() + starts[n + 1] * columns,

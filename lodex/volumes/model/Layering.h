@@ -21,9 +21,9 @@ namespace lodex {
 
 /// One layer per run of K layers on which a discrete property has one value over the active, defined cells. A K layer
 /// without such a cell joins the run above it (the first runs join the one below). Units are named after the code; a
-/// code that comes back further down gets "_2", "_3", ... Proportional; thickness is the mean height of the active cells
-/// divided by depth_unit (see MergeOptions). Throws ModelError when there is no such discrete property, or naming the
-/// first K layer on which it varies.
+/// code that comes back further down gets "_2", "_3", ... Proportional; thickness is the mean height of the active
+/// cells divided by depth_unit (see MergeOptions). Throws ModelError when there is no such discrete property, or naming
+/// the first K layer on which it varies.
 [[nodiscard]] std::vector<LayerData> layers_from_property(const GridModel& model, std::string_view property,
                                                           double depth_unit = 1);
 

@@ -37,8 +37,8 @@ struct KeptRun {
     std::int64_t kept = 0;
 };
 
-// What happens along one axis: for every new index the old ones it is made of, and the order in which they are asked for
-// a value.
+// What happens along one axis: for every new index the old ones it is made of, and the order in which they are asked
+// for a value.
 struct AxisPlan {
     std::vector<IndexRange> groups;
     std::vector<std::int64_t> order;       // old indices of all groups, group by group, the kept one first
@@ -103,23 +103,23 @@ std::vector<KeptRun> checked_runs(const GridModel& source, const MergeRequest& r
         throw ModelError(fmt::format("there is no axis {}", request.axis));
     const std::size_t given = request.property_sections.size();
     if (given > 1 && given != request.sections.size())
-        throw ModelError(fmt::format("{} property sections do not fit {} pairs of sections", given,
-                                     request.sections.size()));
+        throw ModelError(
+            fmt::format("{} property sections do not fit {} pairs of sections", given, request.sections.size()));
     const std::int64_t size = source.size[static_cast<std::size_t>(request.axis)];
     const char letter = axis_letter(request.axis);
     std::vector<KeptRun> runs;
     for (std::size_t n = 0; n < request.sections.size(); ++n) {
         const IndexRange& run = request.sections[n];
         if (run.first > run.last)
-            throw ModelError(fmt::format("sections {}+{} along {}: the first lies behind the last", run.first, run.last,
-                                         letter));
+            throw ModelError(
+                fmt::format("sections {}+{} along {}: the first lies behind the last", run.first, run.last, letter));
         if (run.first < 0 || run.last >= size)
             throw ModelError(fmt::format("sections {}+{} along {}: the grid has sections 0 to {}", run.first, run.last,
                                          letter, size - 1));
         const std::int64_t wanted = given == 0 ? -1 : request.property_sections[given == 1 ? 0 : n];
         if (wanted < -1)
-            throw ModelError(fmt::format("property section {} of sections {}+{} is below -1", wanted, run.first,
-                                         run.last));
+            throw ModelError(
+                fmt::format("property section {} of sections {}+{} is below -1", wanted, run.first, run.last));
         runs.push_back({run, kept_section(run, wanted)});
     }
     std::ranges::sort(runs, {}, [](const KeptRun& run) { return run.run.first; });
@@ -196,6 +196,11 @@ std::vector<LayerSurfaces> lay_out_surfaces(const GridModel& source, const AxisP
     return result;
 }
 
+struct PropertyJob {
+    const PropertyData* in = nullptr;
+    PropertyData* out = nullptr;
+};
+
 struct RegionJob {
     const std::uint8_t* in = nullptr;
     std::uint8_t* out = nullptr;
@@ -206,7 +211,7 @@ struct Job {
     const GridModel& source;
     GridModel& result;
     const Plans& plans;
-    std::vector<std::pair<const PropertyData*, PropertyData*>> properties; // those on cells
+    std::vector<PropertyJob> properties; // those on cells
     std::vector<RegionJob> regions;
     double percentile = 0;
     const std::vector<LayerSurfaces>* surfaces = nullptr; // null: K surfaces are the old ones
@@ -221,16 +226,16 @@ struct Partial {
 
 struct Scratch {
     PillarRow back, front, new_back, new_front;
-    std::vector<std::int64_t> places;     // of the new pillars within a row of old ones
-    std::vector<std::int32_t> new_of;     // new cell of each old cell of the row
-    std::vector<double> volumes, masked;  // of a row of old cells
+    std::vector<std::int64_t> places;    // of the new pillars within a row of old ones
+    std::vector<std::int32_t> new_of;    // new cell of each old cell of the row
+    std::vector<double> volumes, masked; // of a row of old cells
     // For each new K layer and each new cell of the row:
     std::vector<double> group_volumes;
     std::vector<std::uint8_t> group_active;
-    std::vector<double> region_shares;    // for each region: number or volume of the cells in it
+    std::vector<double> region_shares; // for each region: number or volume of the cells in it
     // For a row of new cells:
     std::vector<double> new_volumes, differences;
-    std::vector<std::int64_t> picks;      // old cell that gives the value, -1: none
+    std::vector<std::int64_t> picks; // old cell that gives the value, -1: none
 };
 
 template <class ZIn, class ZOut> class BlockMerger {
@@ -361,9 +366,10 @@ private:
         if (rows_merged || i_merged_)
             emit_picked(first, width, new_j, new_k, rows_merged, group_active, base, s, sums);
         else
-            for (const auto& [in, out] : job_.properties)
-                copy_row(*in, *out, job_.source.cell_index(first, plan_j_.group(new_j).first, plan_k_.group(new_k).first),
-                         base, width);
+            for (const PropertyJob& property : job_.properties)
+                copy_row(*property.in, *property.out,
+                         job_.source.cell_index(first, plan_j_.group(new_j).first, plan_k_.group(new_k).first), base,
+                         width);
         emit_regions(first, width, new_j, new_k, base, slot, cells, s);
     }
 
@@ -413,7 +419,8 @@ private:
             const auto row = [&](int b, int c) {
                 return out_.data() + depth_offset(job_.result.size, first, new_j, new_k, b, c);
             };
-            volume_row(width, s.new_back, s.new_front, row(0, 0), row(1, 0), row(0, 1), row(1, 1), s.new_volumes.data());
+            volume_row(width, s.new_back, s.new_front, row(0, 0), row(1, 0), row(0, 1), row(1, 1),
+                       s.new_volumes.data());
             for (double& volume : s.new_volumes)
                 volume = std::abs(volume);
         }
@@ -467,8 +474,8 @@ private:
         const std::uint8_t* const active = job_.source.active.data();
         const std::int64_t row_start = row + plan_i_.group(first).first;
         if (!i_merged_ && std::memchr(active + row_start, 0, static_cast<std::size_t>(width)) == nullptr) {
-            for (const auto& [in, out] : job_.properties)
-                copy_row(*in, *out, row_start, base, width);
+            for (const PropertyJob& property : job_.properties)
+                copy_row(*property.in, *property.out, row_start, base, width);
             return;
         }
         for (std::int64_t n = 0; n < width; ++n) {
@@ -480,23 +487,23 @@ private:
             }
             s.picks[static_cast<std::size_t>(n)] = cell;
         }
-        for (const auto& [in, out] : job_.properties)
+        for (const PropertyJob& property : job_.properties)
             std::visit(
                 [&](auto& values) {
                     using Values = std::remove_reference_t<decltype(values)>;
                     using Value = typename Values::value_type;
-                    const Value* const from = std::get<Values>(in->values).data();
+                    const Value* const from = std::get<Values>(property.in->values).data();
                     // A discrete property's undefined value is found when the whole grid has been seen.
                     Value undefined{};
                     if constexpr (std::is_floating_point_v<Value>)
-                        undefined = out->no_data ? static_cast<Value>(*out->no_data)
-                                                 : std::numeric_limits<Value>::quiet_NaN();
+                        undefined = property.out->no_data ? static_cast<Value>(*property.out->no_data)
+                                                          : std::numeric_limits<Value>::quiet_NaN();
                     for (std::int64_t n = 0; n < width; ++n) {
                         const std::int64_t cell = s.picks[static_cast<std::size_t>(n)];
                         values[static_cast<std::size_t>(base + n)] = cell < 0 ? undefined : from[cell];
                     }
                 },
-                out->values);
+                property.out->values);
     }
 
     static void copy_row(const PropertyData& in, PropertyData& out, std::int64_t from, std::int64_t to,
@@ -519,7 +526,7 @@ private:
             return s.region_shares.data() + region * cells + static_cast<std::size_t>(slot * width);
         };
         // Largest number of cells that any competing region has in each new cell.
-        std::vector<double>& most = s.new_volumes;
+        std::vector<double>& most = s.differences;
         bool ranked = false;
         for (std::size_t r = 0; r < job_.regions.size(); ++r) {
             if (job_.regions[r].mode != RegionMode::MostFrequent)
@@ -580,8 +587,8 @@ private:
     bool i_merged_;
 };
 
-// Boxes of new cells that hold some 65000 old ones. Few K layers at a time keep the running sums in the cache, many make
-// the pillars' slopes worth working out.
+// Boxes of new cells that hold some 65000 old ones. K layers lie far apart in memory: a box takes few of them, just
+// enough to make the pillars' slopes worth working out, unless the layers are small.
 GridBlocks merge_blocks(const GridSize& old_size, const GridSize& size)
 {
     const auto new_steps = [&](std::size_t axis, std::int64_t old_cells) {
@@ -591,13 +598,14 @@ GridBlocks merge_blocks(const GridSize& old_size, const GridSize& size)
         return std::max<std::int64_t>(step * old_size[axis] / size[axis], 1);
     };
     const std::int64_t i = new_steps(0, 4096);
-    const std::int64_t k = new_steps(2, std::max<std::int64_t>(16, 16384 / old_cells(0, i)));
+    const std::int64_t k = new_steps(2, std::max<std::int64_t>(16, 65536 / (old_cells(0, i) * old_size[1])));
     const std::int64_t j = new_steps(1, 65536 / (old_cells(0, i) * old_cells(2, k)));
     return {size, {i, j, k}};
 }
 
 template <class ZIn, class ZOut>
-std::vector<Partial> run_job(const Job& job, std::span<const ZIn> in, std::span<ZOut> out, const ProgressCheck& progress)
+std::vector<Partial> run_job(const Job& job, std::span<const ZIn> in, std::span<ZOut> out,
+                             const ProgressCheck& progress)
 {
     const GridBlocks blocks = merge_blocks(job.source.size, job.result.size);
     std::vector<Partial> sums(static_cast<std::size_t>(blocks.count()));
@@ -677,8 +685,7 @@ void mark_undefined(const GridModel& source, GridModel& result, const Plans& pla
             for (std::int64_t j = 0; j < result.size[1]; ++j)
                 for (std::int64_t i = 0; i < result.size[0]; ++i) {
                     const auto cell = static_cast<std::size_t>(result.cell_index(i, j, k));
-                    if (!result.active[cell]
-                        && plans[0].length(i) * plans[1].length(j) * plans[2].length(k) > 1)
+                    if (!result.active[cell] && plans[0].length(i) * plans[1].length(j) * plans[2].length(k) > 1)
                         values[cell] = undefined;
                 }
     }
@@ -701,8 +708,7 @@ bool chosen(const std::optional<std::vector<std::string>>& names, const std::str
 }
 
 GridModel merge_by_plans(const GridModel& source, const Plans& plans, const MergeOptions& options,
-                         const std::vector<LayerSurfaces>* surfaces, MergeReport& report,
-                         const ProgressCheck& progress)
+                         const std::vector<LayerSurfaces>* surfaces, MergeReport& report, const ProgressCheck& progress)
 {
     const bool shares = options.region_mode == RegionMode::CellShare || options.region_mode == RegionMode::VolumeShare;
     if (shares && !(options.percentile >= 0 && options.percentile <= 100))
@@ -734,16 +740,17 @@ GridModel merge_by_plans(const GridModel& source, const Plans& plans, const Merg
     if (options.copy_properties)
         for (const PropertyData& property : source.properties)
             if (chosen(options.properties, property.name))
-                result.properties.push_back({property.name, property.unit, {}, property.no_data, property.code_names,
-                                             property.on_points});
+                result.properties.push_back(
+                    {property.name, property.unit, {}, property.no_data, property.code_names, property.on_points});
     for (const RegionData& region : source.regions)
         if (region.model || (options.copy_regions && chosen(options.regions, region.name)))
             result.regions.push_back({region.name, {}, region.model});
     for (PropertyData& property : result.properties) {
         const PropertyData& from = *source.find_property(property.name);
         if (property.on_points)
-            allocations.emplace_back([&] { property.values = carried_points(source, from, plans[0].groups,
-                                                                            plans[1].groups, plans[2].groups); });
+            allocations.emplace_back([&] {
+                property.values = carried_points(source, from, plans[0].groups, plans[1].groups, plans[2].groups);
+            });
         else
             allocations.emplace_back([&property, &from, cells] {
                 std::visit(
@@ -760,7 +767,7 @@ GridModel merge_by_plans(const GridModel& source, const Plans& plans, const Merg
     Job job{source, result, plans, {}, {}, options.percentile, surfaces};
     for (PropertyData& property : result.properties)
         if (!property.on_points)
-            job.properties.emplace_back(source.find_property(property.name), &property);
+            job.properties.push_back({source.find_property(property.name), &property});
     for (RegionData& region : result.regions) {
         const bool ranked_only_for_users = region.model && options.region_mode == RegionMode::MostFrequent;
         job.regions.push_back({source.find_region(region.name)->flags.data(), region.flags.data(),
@@ -810,11 +817,10 @@ GridModel merge_sections(const GridModel& source, const MergeRequest& request, M
                       axis == request.axis ? std::span<const KeptRun>(runs) : std::span<const KeptRun>());
 
     std::vector<LayerSurfaces> surfaces;
-    bool model_info = request.model_info && request.axis == 2 && !runs.empty();
-    if (model_info && source.layers.empty()) {
+    const bool no_layers = request.model_info && source.layers.empty();
+    if (no_layers)
         report.warnings.emplace_back("the grid has no layers: the K surfaces are those of the old cells");
-        model_info = false;
-    }
+    const bool model_info = request.model_info && !no_layers && request.axis == 2 && !runs.empty();
     if (model_info)
         surfaces = lay_out_surfaces(source, plans[2], request.depth_unit, report.warnings);
     return merge_by_plans(source, plans, request, model_info ? &surfaces : nullptr, report, progress);

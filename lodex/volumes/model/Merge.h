@@ -12,12 +12,12 @@
 
 namespace lodex {
 
-/// When a merged cell belongs to a region that some of its cells belong to. All cells of the group count, whatever their
-/// active flag.
+/// When a merged cell belongs to a region that some of its cells belong to. All cells of the group count, whatever
+/// their active flag.
 enum class RegionMode {
     Any = 0,         ///< at least one of its cells does
     CellShare = 1,   ///< so many percent of its cells do, and at least one
-    VolumeShare = 2, ///< so many percent of its bulk volume does, and more than nothing
+    VolumeShare = 2, ///< so many percent of its bulk volume does, and more than nothing; of its cells when all are flat
     MostFrequent = 3 ///< only the copied region that holds the most of its cells; all of them on a tie
 };
 
@@ -26,23 +26,23 @@ struct MergeOptions {
     bool copy_properties = false;
     std::optional<std::vector<std::string>> properties; ///< names; nothing given: all of them
     bool copy_regions = false;
-    std::optional<std::vector<std::string>> regions;    ///< names; nothing given: all of them
+    std::optional<std::vector<std::string>> regions; ///< names; nothing given: all of them
     RegionMode region_mode = RegionMode::Any;
-    double percentile = 0;           ///< 0 to 100, looked at for CellShare and VolumeShare only
-    bool copy_fault_blocks = false;  ///< regions "fault_block_1", ... of the new grid
-    std::string source_name;         ///< name of the source, for the record
-    double depth_unit = 1;           ///< length of the vertical unit of LayerData::cell_thickness in units of the depths
+    double percentile = 0;          ///< 0 to 100, looked at for CellShare and VolumeShare only
+    bool copy_fault_blocks = false; ///< regions "fault_block_1", ... of the new grid
+    std::string source_name;        ///< name of the source, for the record
+    double depth_unit = 1;          ///< length of the vertical unit of LayerData::cell_thickness in units of the depths
 };
 
 /// Merge of sections along one axis.
 struct MergeRequest : MergeOptions {
-    int axis = 2;                              ///< 0: I, 1: J, 2: K
+    int axis = 2; ///< 0: I, 1: J, 2: K
     /// Runs of sections, 0-based and inclusive, in any order, none shared. Empty: a plain copy.
     std::vector<IndexRange> sections;
     /// Section whose values a run keeps: one for each run, in the order of `sections`, or one for all of them, or none.
     /// See kept_section().
     std::vector<std::int64_t> property_sections;
-    bool model_info = false;                   ///< K surfaces come from the layers instead of from the old cells
+    bool model_info = false; ///< K surfaces come from the layers instead of from the old cells
 };
 
 /// What a merge did.
@@ -51,13 +51,14 @@ struct MergeReport {
     std::int64_t active_before = 0, active_after = 0;
     double bulk_volume_before = 0, bulk_volume_after = 0;   ///< active cells
     double total_volume_before = 0, total_volume_after = 0; ///< all cells
-    /// |new - sum of old| / sum of old over the active cells of the new grid that were merged or moved, all cells of the
-    /// old grid counted whatever their flag. A cell that came from nothing but flat cells counts 1 when it has volume.
+    /// |new - sum of old| / sum of old over the active cells of the new grid that were merged or moved, all cells of
+    /// the old grid counted whatever their flag. A cell that came from nothing but flat cells counts 1 when it has
+    /// volume.
     double max_relative_difference = 0;
     double mean_relative_difference = 0;
-    std::int64_t merged_cells = 0;  ///< new cells made of more than one cell
-    std::int64_t gave_way = 0;      ///< merged cells whose kept section was inactive and another one took its place
-    std::int64_t undefined = 0;     ///< merged cells without any active cell: their values are undefined
+    std::int64_t merged_cells = 0;   ///< new cells made of more than one cell
+    std::int64_t gave_way = 0;       ///< merged cells whose kept section was inactive and another one took its place
+    std::int64_t undefined = 0;      ///< merged cells without any active cell: their values are undefined
     std::int64_t dropped_faults = 0; ///< fault segments that lie wholly inside merged cells
     std::vector<std::string> warnings;
 };
@@ -68,11 +69,11 @@ struct MergeReport {
 
 /// Makes the merged grid.
 ///
-/// - A new cell is active when any of its cells is. Its corners come from the first and the last section, whatever their
-///   flags, in the storage width of the source.
-/// - A value comes from the kept section; where that is inactive from the nearest active one of the run, the lower index
-///   on a tie; undefined (no-data value, else NaN) where none is. Discrete properties that need an undefined value and
-///   have none get one that is no code of theirs. Values on points are those of the nodes that stay.
+/// - A new cell is active when any of its cells is. Its corners come from the first and the last section, whatever
+///   their flags, in the storage width of the source.
+/// - A value comes from the kept section; where that is inactive from the nearest active one of the run, the lower
+///   index on a tie; undefined (no-data value, else NaN) where none is. Discrete properties that need an undefined
+///   value and have none get one that is no code of theirs. Values on points are those of the nodes that stay.
 /// - User regions pass on when asked for, by the region mode. Model regions always do, by the same mode, except that
 ///   MostFrequent ranks user regions alone and a model region then passes on by Any.
 /// - Layers pass on; along K each one counts its new cells, its cell thickness grows with them. A run that reaches over

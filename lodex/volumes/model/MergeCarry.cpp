@@ -73,8 +73,8 @@ carried_points(const GridModel& source, const PropertyData& property, std::span<
             for (const std::int64_t k : along_k)
                 for (const std::int64_t j : along_j)
                     for (const std::int64_t i : along_i)
-                        result.push_back(values[static_cast<std::size_t>(
-                            i + (source.size[0] + 1) * (j + (source.size[1] + 1) * k))]);
+                        result.push_back(values[static_cast<std::size_t>(i + (source.size[0] + 1) *
+                                                                                 (j + (source.size[1] + 1) * k))]);
             return result;
         },
         property.values);
@@ -93,20 +93,19 @@ std::vector<LayerData> carried_layers(std::span<const LayerData> layers, std::sp
         ++result[static_cast<std::size_t>(unit)].nb_k_cells;
         const std::int64_t last_unit = layer_index(layers, range.last);
         if (last_unit != unit)
-            warnings.push_back(fmt::format("sections {}+{} along K reach from layer \"{}\" into \"{}\": the new section "
-                                           "counts for \"{}\"",
-                                           range.first, range.last, layers[static_cast<std::size_t>(unit)].unit,
-                                           layers[static_cast<std::size_t>(last_unit)].unit,
-                                           layers[static_cast<std::size_t>(unit)].unit));
+            warnings.push_back(fmt::format(
+                "sections {}+{} along K reach from layer \"{}\" into \"{}\": the new section "
+                "counts for \"{}\"",
+                range.first, range.last, layers[static_cast<std::size_t>(unit)].unit,
+                layers[static_cast<std::size_t>(last_unit)].unit, layers[static_cast<std::size_t>(unit)].unit));
     }
     for (std::size_t n = 0; n < result.size(); ++n) {
         if (result[n].nb_k_cells == 0)
             warnings.push_back(fmt::format("layer \"{}\" has no section left and is gone", result[n].unit));
         else if (result[n].nb_k_cells != layers[n].nb_k_cells)
-            result[n].cell_thickness =
-                static_cast<float>(static_cast<double>(layers[n].cell_thickness)
-                                   * static_cast<double>(layers[n].nb_k_cells)
-                                   / static_cast<double>(result[n].nb_k_cells));
+            result[n].cell_thickness = static_cast<float>(static_cast<double>(layers[n].cell_thickness) *
+                                                          static_cast<double>(layers[n].nb_k_cells) /
+                                                          static_cast<double>(result[n].nb_k_cells));
     }
     std::erase_if(result, [](const LayerData& layer) { return layer.nb_k_cells == 0; });
     return result;
@@ -130,7 +129,8 @@ std::vector<FaultSegment> carried_faults(std::span<const FaultSegment> faults, c
             for (std::int64_t old = first; old <= last; ++old) {
                 const std::int64_t index = new_of[axis][static_cast<std::size_t>(old)];
                 const IndexRange& group = ranges[axis][static_cast<std::size_t>(index)];
-                const bool inside = static_cast<int>(axis) == face.axis && old != (face.side ? group.last : group.first);
+                const bool inside =
+                    static_cast<int>(axis) == face.axis && old != (face.side ? group.last : group.first);
                 if (inside)
                     continue;
                 if (!runs[axis].empty() && runs[axis].back()[1] >= index - 1)
@@ -195,8 +195,8 @@ std::vector<KeptKeyword> carried_keywords(const GridModel& source, const GridSiz
         return source.kept;
     // Their text names cells, boxes of cells or K layers by index.
     static constexpr std::array<std::string_view, 16> by_index{
-        "ADD",  "ADDREG", "AQUANCON", "AQUCON",   "BOX", "COMPDAT",  "COORDSYS", "COPY",
-        "COPYBOX", "EDITNNC", "ENDBOX", "EQUALS", "MAXVALUE", "MINVALUE", "MULTIPLY", "NNC"};
+        "ADD",     "ADDREG",  "AQUANCON", "AQUCON", "BOX",      "COMPDAT",  "COORDSYS", "COPY",
+        "COPYBOX", "EDITNNC", "ENDBOX",   "EQUALS", "MAXVALUE", "MINVALUE", "MULTIPLY", "NNC"};
     std::vector<KeptKeyword> result;
     for (const KeptKeyword& keyword : source.kept) {
         const std::int64_t values = count_values(keyword.text);

@@ -22,7 +22,9 @@ inline void check_progress(const ProgressCheck& progress, double done)
 {
     if (!progress)
         return {};
-    return [&progress, from, to](double done) { return progress(from + (to - from) * done); };
+    return [&progress, from, to](double done) {
+        return progress(from + (to - from) * done);
+    };
 }
 
 /// Calls work(block) for 0 <= block < count on all threads, in some thirty batches; `progress` is called from this

@@ -24,8 +24,8 @@ template <class Value> bool defined(Value value, const std::optional<double>& no
 
 bool fits_32_bits(double value)
 {
-    return value >= std::numeric_limits<std::int32_t>::min() && value <= std::numeric_limits<std::int32_t>::max()
-           && value == std::floor(value);
+    return value >= std::numeric_limits<std::int32_t>::min() && value <= std::numeric_limits<std::int32_t>::max() &&
+           value == std::floor(value);
 }
 
 } // namespace
@@ -55,8 +55,7 @@ double undefined_value(PropertyData& property)
     const auto is_code = [&](std::int32_t candidate) {
         return property.code_names.contains(candidate) || std::ranges::find(values, candidate) != values.end();
     };
-    static constexpr std::array<std::int32_t, 7> usual{-999,     -9999,     -99999,    -999999,
-                                                       -9999999, -99999999, -999999999};
+    static constexpr std::array<std::int32_t, 7> usual{-999, -9999, -99999, -999999, -9999999, -99999999, -999999999};
     const auto* const free = std::ranges::find_if_not(usual, is_code);
     std::int32_t value = std::numeric_limits<std::int32_t>::min();
     if (free != usual.end())
@@ -70,12 +69,15 @@ double undefined_value(PropertyData& property)
 
 PropertyData constant_property(const GridModel& model, std::string name, double value)
 {
-    return {std::move(name), {}, std::vector<float>(static_cast<std::size_t>(model.cells()), static_cast<float>(value)),
-            {}, {}, false};
+    return {std::move(name),
+            {},
+            std::vector<float>(static_cast<std::size_t>(model.cells()), static_cast<float>(value)),
+            {},
+            {},
+            false};
 }
 
-PropertyData lognormal_property(const GridModel& model, std::string name, double mean, double sigma,
-                                std::uint64_t seed)
+PropertyData lognormal_property(const GridModel& model, std::string name, double mean, double sigma, std::uint64_t seed)
 {
     if (!(mean > 0) || !std::isfinite(mean))
         throw ModelError(fmt::format("the mean {} of lognormal values is not above 0", mean));
@@ -87,8 +89,7 @@ PropertyData lognormal_property(const GridModel& model, std::string name, double
     tbb::parallel_for(tbb::blocked_range<std::size_t>(0, values.size(), 65536),
                       [&](const tbb::blocked_range<std::size_t>& range) {
                           for (std::size_t cell = range.begin(); cell != range.end(); ++cell)
-                              values[cell] =
-                                  static_cast<float>(exactly::exp(location + sigma * random.normal(cell)));
+                              values[cell] = static_cast<float>(exactly::exp(location + sigma * random.normal(cell)));
                       });
     return {std::move(name), {}, std::move(values), {}, {}, false};
 }

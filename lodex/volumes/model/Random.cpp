@@ -42,10 +42,21 @@ double exp(double x)
     // e^x = 2^n e^r with |r| <= ln 2 / 2; the Taylor series of e^r is done to x^14, its rest is below 1e-19.
     const double n = std::floor(x * 1.4426950408889634 + 0.5);
     const double r = (x - n * ln2_high) - n * ln2_low;
-    static constexpr double taylor[] = {1.0 / 87178291200, 1.0 / 6227020800, 1.0 / 479001600, 1.0 / 39916800,
-                                        1.0 / 3628800,     1.0 / 362880,     1.0 / 40320,     1.0 / 5040,
-                                        1.0 / 720,         1.0 / 120,        1.0 / 24,        1.0 / 6,
-                                        0.5,               1.0,              1.0};
+    static constexpr double taylor[] = {1.0 / 87178291200,
+                                        1.0 / 6227020800,
+                                        1.0 / 479001600,
+                                        1.0 / 39916800,
+                                        1.0 / 3628800,
+                                        1.0 / 362880,
+                                        1.0 / 40320,
+                                        1.0 / 5040,
+                                        1.0 / 720,
+                                        1.0 / 120,
+                                        1.0 / 24,
+                                        1.0 / 6,
+                                        0.5,
+                                        1.0,
+                                        1.0};
     const double value = polynomial(taylor, r);
     const int exponent = static_cast<int>(n);
     // In two steps, since 2^n alone may be too large or too small for a normal number.
@@ -75,8 +86,8 @@ double log(double x)
     }
     // ln m = 2 artanh s, s = (m - 1) / (m + 1), |s| < 0.172: the series to s^21 leaves less than 1e-18.
     const double s = (m - 1) / (m + 1);
-    static constexpr double series[] = {1.0 / 21, 1.0 / 19, 1.0 / 17, 1.0 / 15, 1.0 / 13, 1.0 / 11,
-                                        1.0 / 9,  1.0 / 7,  1.0 / 5,  1.0 / 3};
+    static constexpr double series[] = {1.0 / 21, 1.0 / 19, 1.0 / 17, 1.0 / 15, 1.0 / 13,
+                                        1.0 / 11, 1.0 / 9,  1.0 / 7,  1.0 / 5,  1.0 / 3};
     const double square = s * s;
     const double tail = 2 * s * square * polynomial(series, square);
     const double e = exponent;
@@ -92,12 +103,18 @@ double sin_turns(double t)
     else if (t < -0.25)
         t = -0.5 - t;
     const double x = 6.283185307179586 * t;
-    static constexpr double taylor[] = {-1.0 / 25852016738884976640000.0, 1.0 / 51090942171709440000.0,
-                                        -1.0 / 121645100408832000,        1.0 / 355687428096000,
-                                        -1.0 / 1307674368000,             1.0 / 6227020800,
-                                        -1.0 / 39916800,                  1.0 / 362880,
-                                        -1.0 / 5040,                      1.0 / 120,
-                                        -1.0 / 6,                         1.0};
+    static constexpr double taylor[] = {-1.0 / 25852016738884976640000.0,
+                                        1.0 / 51090942171709440000.0,
+                                        -1.0 / 121645100408832000,
+                                        1.0 / 355687428096000,
+                                        -1.0 / 1307674368000,
+                                        1.0 / 6227020800,
+                                        -1.0 / 39916800,
+                                        1.0 / 362880,
+                                        -1.0 / 5040,
+                                        1.0 / 120,
+                                        -1.0 / 6,
+                                        1.0};
     return x * polynomial(taylor, x * x);
 }
 
@@ -108,10 +125,10 @@ double cos_turns(double t)
 
 double normal_quantile(double p)
 {
-    static constexpr double a[] = {-3.969683028665376e+01, 2.209460984245205e+02, -2.759285104469687e+02,
+    static constexpr double a[] = {-3.969683028665376e+01, 2.209460984245205e+02,  -2.759285104469687e+02,
                                    1.383577518672690e+02,  -3.066479806614716e+01, 2.506628277459239e+00};
-    static constexpr double b[] = {-5.447609879822406e+01, 1.615858368580409e+02, -1.556989798598866e+02,
-                                   6.680131188771972e+01, -1.328068155288572e+01, 1.0};
+    static constexpr double b[] = {-5.447609879822406e+01, 1.615858368580409e+02,  -1.556989798598866e+02,
+                                   6.680131188771972e+01,  -1.328068155288572e+01, 1.0};
     static constexpr double c[] = {-7.784894002430293e-03, -3.223964580411365e-01, -2.400758277161838e+00,
                                    -2.549732539343734e+00, 4.374664141464968e+00,  2.938163982698783e+00};
     static constexpr double d[] = {7.784695709041462e-03, 3.224671290700398e-01, 2.445134137142996e+00,

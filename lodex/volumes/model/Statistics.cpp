@@ -159,37 +159,37 @@ void sum_volumes(const GridModel& model, GridStatistics& result, const ProgressC
         sums[block].layer_cells.resize(layers);
         sums[block].regions.resize(model.regions.size());
     }
-    for_volume_rows(model, blocks, progress,
-                    [&](std::int64_t block, const GridBlocks::Box& box, std::int64_t j, std::int64_t k,
-                        std::span<double> volumes) {
-                        BlockSums& own = sums[static_cast<std::size_t>(block)];
-                        const std::int64_t base = model.cell_index(box.i.first, j, k);
-                        const std::uint8_t* const active = model.active.data() + base;
-                        const auto layer = static_cast<std::size_t>(k - box.k.first);
-                        for (double& volume : volumes)
-                            volume = std::abs(volume);
-                        own.total_volume.add(pairwise_sum(volumes));
-                        std::int64_t cells = 0;
-                        for (std::size_t i = 0; i < volumes.size(); ++i) {
-                            volumes[i] = active[i] ? volumes[i] : 0;
-                            cells += active[i] != 0;
-                        }
-                        own.layer_volume[layer].add(pairwise_sum(volumes));
-                        own.layer_cells[layer] += cells;
-                        for (std::size_t r = 0; r < model.regions.size(); ++r) {
-                            const std::uint8_t* const flags = model.regions[r].flags.data() + base;
-                            double volume = 0;
-                            std::int64_t inside = 0, flagged = 0;
-                            for (std::size_t i = 0; i < volumes.size(); ++i) {
-                                volume += flags[i] ? volumes[i] : 0;
-                                inside += flags[i] && active[i];
-                                flagged += flags[i] != 0;
-                            }
-                            own.regions[r].volume.add(volume);
-                            own.regions[r].cells += inside;
-                            own.regions[r].flagged += flagged;
-                        }
-                    });
+    for_volume_rows(
+        model, blocks, progress,
+        [&](std::int64_t block, const GridBlocks::Box& box, std::int64_t j, std::int64_t k, std::span<double> volumes) {
+            BlockSums& own = sums[static_cast<std::size_t>(block)];
+            const std::int64_t base = model.cell_index(box.i.first, j, k);
+            const std::uint8_t* const active = model.active.data() + base;
+            const auto layer = static_cast<std::size_t>(k - box.k.first);
+            for (double& volume : volumes)
+                volume = std::abs(volume);
+            own.total_volume.add(pairwise_sum(volumes));
+            std::int64_t cells = 0;
+            for (std::size_t i = 0; i < volumes.size(); ++i) {
+                volumes[i] = active[i] ? volumes[i] : 0;
+                cells += active[i] != 0;
+            }
+            own.layer_volume[layer].add(pairwise_sum(volumes));
+            own.layer_cells[layer] += cells;
+            for (std::size_t r = 0; r < model.regions.size(); ++r) {
+                const std::uint8_t* const flags = model.regions[r].flags.data() + base;
+                double volume = 0;
+                std::int64_t inside = 0, flagged = 0;
+                for (std::size_t i = 0; i < volumes.size(); ++i) {
+                    volume += flags[i] ? volumes[i] : 0;
+                    inside += flags[i] && active[i];
+                    flagged += flags[i] != 0;
+                }
+                own.regions[r].volume.add(volume);
+                own.regions[r].cells += inside;
+                own.regions[r].flagged += flagged;
+            }
+        });
 
     std::vector<CompensatedSum> layer_volume(static_cast<std::size_t>(model.size[2]));
     std::vector<RegionSums> regions(model.regions.size());
@@ -226,9 +226,9 @@ PropertyStatistics property_statistics(const GridModel& model, const PropertyDat
 {
     const bool cells = !property.on_points;
     const auto length = static_cast<std::int64_t>(property.size());
-    return statistics_of(property, total(sums_of_ranges(property, cells ? model.active.data() : nullptr,
-                                                        cells && region ? region->flags.data() : nullptr, 1, length,
-                                                        progress)));
+    return statistics_of(property,
+                         total(sums_of_ranges(property, cells ? model.active.data() : nullptr,
+                                              cells && region ? region->flags.data() : nullptr, 1, length, progress)));
 }
 
 GridStatistics grid_statistics(const GridModel& model, const ProgressCheck& progress)
@@ -250,8 +250,8 @@ GridStatistics grid_statistics(const GridModel& model, const ProgressCheck& prog
                 layer.means.emplace_back();
             continue;
         }
-        const std::vector<ValueSums> layers = sums_of_ranges(property, model.active.data(), nullptr, model.size[2],
-                                                             model.size[0] * model.size[1], own);
+        const std::vector<ValueSums> layers =
+            sums_of_ranges(property, model.active.data(), nullptr, model.size[2], model.size[0] * model.size[1], own);
         for (std::size_t k = 0; k < layers.size(); ++k) {
             std::optional<double> mean;
             if (layers[k].count)

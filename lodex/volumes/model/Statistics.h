@@ -26,15 +26,15 @@ struct PropertyStatistics {
 struct RegionStatistics {
     std::string name;
     bool model = false;
-    std::int64_t cells = 0;        ///< active cells
-    std::int64_t flagged = 0;      ///< cells of the region whatever their active flag
-    double bulk_volume = 0;        ///< of the active cells
+    std::int64_t cells = 0;   ///< active cells
+    std::int64_t flagged = 0; ///< cells of the region whatever their active flag
+    double bulk_volume = 0;   ///< of the active cells
 };
 
 struct LayerStatistics {
-    std::int64_t k = 0;            ///< 0-based
+    std::int64_t k = 0; ///< 0-based
     std::int64_t active = 0;
-    double bulk_volume = 0;        ///< of the active cells
+    double bulk_volume = 0; ///< of the active cells
     /// Unweighted mean of each property over the defined active cells, in the order of GridModel::properties; absent
     /// where there is none. Properties on points have no mean here.
     std::vector<std::optional<double>> means;
@@ -43,8 +43,8 @@ struct LayerStatistics {
 /// Everything that a report says of a grid.
 struct GridStatistics {
     std::int64_t active = 0;
-    double bulk_volume = 0;   ///< active cells
-    double total_volume = 0;  ///< all cells
+    double bulk_volume = 0;                     ///< active cells
+    double total_volume = 0;                    ///< all cells
     std::vector<PropertyStatistics> properties; ///< in the order of GridModel::properties
     std::vector<RegionStatistics> regions;      ///< in the order of GridModel::regions
     std::vector<LayerStatistics> k_layers;      ///< from top to bottom

@@ -85,11 +85,11 @@ LODEX_INLINE void volume_row_loop(std::int64_t cells, const PillarRow& back, con
         const double x3 = fx[i + 1] + (z3 - fz[i + 1]) * fsx[i + 1], y3 = fy[i + 1] + (z3 - fz[i + 1]) * fsy[i + 1];
         const double x7 = fx[i + 1] + (z7 - fz[i + 1]) * fsx[i + 1], y7 = fy[i + 1] + (z7 - fz[i + 1]) * fsy[i + 1];
         const double sum = triple((x2 - x1) + (x6 - x3), (y2 - y1) + (y6 - y3), (z2 - z1) + (z6 - z3), //
-                                  x7 - x2, y7 - y2, z7 - z2, x3 - x0, y3 - y0, z3 - z0)
-                           + triple((x4 - x2) + (x5 - x6), (y4 - y2) + (y5 - y6), (z4 - z2) + (z5 - z6), //
-                                    x7 - x4, y7 - y4, z7 - z4, x6 - x0, y6 - y0, z6 - z0)
-                           + triple((x1 - x4) + (x3 - x5), (y1 - y4) + (y3 - y5), (z1 - z4) + (z3 - z5), //
-                                    x7 - x1, y7 - y1, z7 - z1, x5 - x0, y5 - y0, z5 - z0);
+                                  x7 - x2, y7 - y2, z7 - z2, x3 - x0, y3 - y0, z3 - z0) +
+                           triple((x4 - x2) + (x5 - x6), (y4 - y2) + (y5 - y6), (z4 - z2) + (z5 - z6), //
+                                  x7 - x4, y7 - y4, z7 - z4, x6 - x0, y6 - y0, z6 - z0) +
+                           triple((x1 - x4) + (x3 - x5), (y1 - y4) + (y3 - y5), (z1 - z4) + (z3 - z5), //
+                                  x7 - x1, y7 - y1, z7 - z1, x5 - x0, y5 - y0, z5 - z0);
         const double volume = sum * (1.0 / 12);
         volumes[i] = std::abs(volume) <= DBL_MAX ? volume : 0;
     }
@@ -139,8 +139,8 @@ void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& fron
     function(cells, back, front, z00, z10, z01, z11, volumes);
 }
 
-void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& front, const double* z00,
-                const double* z10, const double* z01, const double* z11, double* volumes)
+void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& front, const double* z00, const double* z10,
+                const double* z01, const double* z11, double* volumes)
 {
     static const auto function = best_row_function<double>();
     function(cells, back, front, z00, z10, z01, z11, volumes);

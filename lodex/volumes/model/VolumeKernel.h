@@ -9,8 +9,8 @@
 
 namespace lodex {
 
-/// A run of neighbouring pillars with their slopes worked out: x = x0 + (depth - z0) * sx, y likewise. Five arrays so that
-/// loops over cells load them lane by lane.
+/// A run of neighbouring pillars with their slopes worked out: x = x0 + (depth - z0) * sx, y likewise. Five arrays so
+/// that loops over cells load them lane by lane.
 class PillarRow {
 public:
     /// Takes the pillars first ... first + count - 1 of the grid's pillar array.
@@ -35,12 +35,13 @@ private:
     std::int64_t count_ = 0;
 };
 
-/// Signed volumes of `cells` neighbouring cells along I between two pillar rows (J sides 0 and 1, cells + 1 pillars each).
-/// zBC points at the depths of the row at J side B and K side C, two a cell. A volume that is not finite becomes 0.
+/// Signed volumes of `cells` neighbouring cells along I between two pillar rows (J sides 0 and 1, cells + 1 pillars
+/// each). zBC points at the depths of the row at J side B and K side C, two a cell. A volume that is not finite becomes
+/// 0.
 void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& front, const float* z00, const float* z10,
                 const float* z01, const float* z11, double* volumes);
-void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& front, const double* z00,
-                const double* z10, const double* z01, const double* z11, double* volumes);
+void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& front, const double* z00, const double* z10,
+                const double* z01, const double* z11, double* volumes);
 
 /// Where a run of corner depths starts: the row of cells (j, k) from cell i on, J side b, K side c.
 [[nodiscard]] inline std::int64_t depth_offset(const GridSize& size, std::int64_t i, std::int64_t j, std::int64_t k,

@@ -5,6 +5,7 @@
 #include "lodex/volumes/model/Create.h"
 
 #include <Lodex/geobase/GeobaseLib.h>
+#include <Lodex/geobase/Style.h>
 
 #include <string>
 #include <vector>
@@ -49,6 +50,12 @@ inline void set_layers(lodex::CornerPointGrid* grid, const std::vector<int>& siz
             model.layers.push_back(layer);
         }
     });
+}
+
+/// What the style of a grid says of its painted sections.
+inline std::string painted_sections(const std::string& grid)
+{
+    return lodex::find_grid(grid)->style()->attribute("*sections").str();
 }
 
 /// Empties the catalogue when it goes.
