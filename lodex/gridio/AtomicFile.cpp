@@ -136,12 +136,17 @@ void AtomicFile::flush()
     used_ = 0;
 }
 
-void AtomicFile::commit()
+void AtomicFile::sync()
 {
     flush();
     if (::fsync(descriptor_) != 0) {
         fail(errno, "cannot be written");
     }
+}
+
+void AtomicFile::commit()
+{
+    sync();
     if (::close(descriptor_) != 0) {
         const int error = errno;
         descriptor_ = -1;

@@ -31,6 +31,10 @@ public:
     /// Bytes written so far.
     [[nodiscard]] std::uint64_t size() const { return flushed_ + used_; }
 
+    /// Brings all bytes so far to the disk, so that commit() has hardly anything left that can fail. For programs that
+    /// write several files which belong together.
+    void sync();
+
     /// Makes the new content visible. To be called once, last.
     void commit();
 

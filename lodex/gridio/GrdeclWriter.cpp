@@ -40,7 +40,7 @@ std::string escaped(std::string_view text)
     return result;
 }
 
-std::string in_quotes(std::string_view text)
+std::string in_note(std::string_view text)
 {
     return '"' + escaped(text) + '"';
 }
@@ -120,9 +120,6 @@ private:
     void write_faults();
     void write_regions();
     void write_kept();
-    void write_kept_as_comment(const KeptKeyword& kept);
-    [[nodiscard]] std::vector<bool> kept_in_the_open() const;
-    [[nodiscard]] bool reads_back(std::span<const KeptKeyword* const> kept) const;
     [[nodiscard]] std::string keyword_for(const PropertyData& property);
 
     void begin_keyword(std::string_view keyword) { line(keyword); }
@@ -212,7 +209,7 @@ void Writer::write_head()
          + std::to_string(model_.size[2]) + " 1 F /\n");
     constexpr std::array<std::string_view, 3> styles = {"proportional", "base", "top"};
     for (const LayerData& layer : model_.layers) {
-        note("LAYER " + in_quotes(layer.unit) + ' ' + std::to_string(layer.nb_k_cells) + ' '
+        note("LAYER " + in_note(layer.unit) + ' ' + std::to_string(layer.nb_k_cells) + ' '
              + shortest_text(layer.cell_thickness) + ' ' + std::string(styles[static_cast<std::size_t>(layer.style)]));
     }
 }
@@ -329,10 +326,10 @@ void Writer::write_property(const PropertyData& property)
     // Only what the reader would not find out by itself.
     std::string text;
     if (property.name != keyword) {
-        text += " name " + in_quotes(property.name);
+        text += " name " + in_note(property.name);
     }
     if (!property.unit.empty()) {
-        text += " unit " + in_quotes(property.unit);
+        text += " unit " + in_note(property.unit);
     }
     constexpr std::int32_t undefined_code = std::numeric_limits<std::int32_t>::min();
     if (property.no_data) {
@@ -350,7 +347,7 @@ void Writer::write_property(const PropertyData& property)
         note("PROPERTY " + keyword + text);
     }
     for (const auto& [code, name] : property.code_names) {
-        note("CODE " + std::to_string(code) + ' ' + in_quotes(name));
+        note("CODE " + std::to_string(code) + ' ' + in_note(name));
     }
     begin_keyword(keyword);
     std::optional<std::int32_t> as_default;
@@ -386,7 +383,7 @@ void Writer::write_faults()
 void Writer::write_regions()
 {
     for (const RegionData& region : model_.regions) {
-        note("REGION " + in_quotes(region.name) + " model " + (region.model ? '1' : '0'));
+        note("REGION " + in_note(region.name) + " model " + (region.model ? '1' : '0'));
         // Lengths of runs of equal flags, the first of them of cells outside.
         std::string text(note_line_prefix);
         std::uint8_t flag = 0;
@@ -408,95 +405,87 @@ void Writer::write_regions()
     }
 }
 
-void Writer::write_kept_as_comment(const KeptKeyword& kept)
+std::string kept_as_comment(const KeptKeyword& kept)
 {
-    note("KEPT " + in_quotes(kept.name) + ' ' + in_quotes(kept.file) + ' ' + std::to_string(kept.line));
+    std::string text(note_prefix);
+    text += "KEPT " + in_note(kept.name) + ' ' + in_note(kept.file) + ' ' + std::to_string(kept.line) + '\n';
     for (std::size_t start = 0; start <= kept.text.size();) {
         const std::size_t end = std::min(kept.text.find('\n', start), kept.text.size());
-        file_.write(note_line_prefix);
-        line(escaped(std::string_view(kept.text).substr(start, end - start)));
+        text += note_line_prefix;
+        text += escaped(std::string_view(kept.text).substr(start, end - start)) + '\n';
         start = end + 1;
     }
+    return text;
 }
 
-/// True when these keywords, written one after the other, are read as just these texts again.
-bool Writer::reads_back(std::span<const KeptKeyword* const> kept) const
+std::string kept_in_the_open(const KeptKeyword& kept)
 {
-    // Unknown words around them show whether one begins where it shall and ends where it shall.
+    return std::string(note_prefix) + "FROM " + in_note(kept.file) + ' ' + std::to_string(kept.line) + '\n' + kept.name
+        + kept.text + '\n';
+}
+
+/// True when this text, in a file for a grid of that size, is read as just these keywords.
+bool reads_back(const std::string& text, std::span<const KeptKeyword> kept, const GridSize& size)
+{
+    // An unknown word behind it shows whether the last one ends where it shall.
     constexpr std::string_view sentinel = "LODEXEND";
-    std::string text(sentinel);
-    text += '\n';
-    for (const KeptKeyword* keyword : kept) {
-        text += keyword->name + keyword->text + '\n';
-    }
-    text += sentinel;
-    text += '\n';
     ReadOptions options;
     options.properties_only = true;
-    options.size = model_.size;
+    options.size = size;
     try {
-        const ReadResult back = read_text(text, "kept", options);
-        const GridModel& model = back.model;
-        if (model.kept.size() != kept.size() + 2 || !model.properties.empty() || !model.faults.empty()
-            || !model.active.empty() || !model.regions.empty() || !model.layers.empty() || model.frame.map_axes
-            || !model.frame.map_units.empty() || !model.frame.grid_units.empty() || model.frame.grid_units_map) {
+        const GridModel model = read_text(text + std::string(sentinel) + '\n', "kept", options).model;
+        if (!model.properties.empty() || !model.faults.empty() || !model.active.empty() || !model.regions.empty()
+            || !model.layers.empty() || model.frame.map_axes || !model.frame.map_units.empty()
+            || !model.frame.grid_units.empty() || model.frame.grid_units_map || model.kept.size() != kept.size() + 1
+            || model.kept.back().name != sentinel || !model.kept.back().text.empty()) {
             return false;
         }
-        for (std::size_t i = 0; i < kept.size(); ++i) {
-            if (model.kept[i + 1].name != kept[i]->name || model.kept[i + 1].text != kept[i]->text) {
-                return false;
-            }
-        }
-        return model.kept.front().text.empty() && model.kept.back().name == sentinel && model.kept.back().text.empty();
+        return std::equal(kept.begin(), kept.end(), model.kept.begin(), [](const auto& a, const auto& b) {
+            return a.name == b.name && a.text == b.text && a.file == b.file && a.line == b.line;
+        });
     } catch (const FileError&) {
         return false;
     }
 }
 
-/// Which kept keywords stand in the file as they are: those of a plain file or of a deck's GRID section, as far as they
-/// read back to the letter. The others are written as comments, so that the file stays one of grid keywords.
-std::vector<bool> Writer::kept_in_the_open() const
-{
-    std::vector<bool> open(model_.kept.size());
-    std::vector<const KeptKeyword*> candidates;
-    Section section = Section::None;
-    for (std::size_t i = 0; i < model_.kept.size(); ++i) {
-        const std::string name = upper(model_.kept[i].name);
-        if (const Section next = section_of(name); next != Section::None) {
-            section = next;
-        } else if (name != "INCLUDE" && name != "END" && (section == Section::None || section == Section::Grid)) {
-            open[i] = true;
-            candidates.push_back(&model_.kept[i]);
-        }
-    }
-    if (reads_back(candidates)) {
-        return open;
-    }
-    candidates.clear();
-    for (std::size_t i = 0; i < open.size(); ++i) {
-        const KeptKeyword* const one = &model_.kept[i];
-        open[i] = open[i] && reads_back(std::span(&one, 1));
-        if (open[i]) {
-            candidates.push_back(one);
-        }
-    }
-    return reads_back(candidates) ? open : std::vector<bool>(open.size(), false);
-}
-
+/// Keywords of a plain file or of a deck's GRID section stand in the file as they are, as far as they read back to the
+/// letter. The others are written as comments, so that the file stays one of grid keywords.
 void Writer::write_kept()
 {
-    const std::vector<bool> open = kept_in_the_open();
-    for (std::size_t i = 0; i < open.size(); ++i) {
-        const KeptKeyword& kept = model_.kept[i];
-        if (open[i]) {
-            note("FROM " + in_quotes(kept.file) + ' ' + std::to_string(kept.line));
-            line(kept.name + kept.text);
+    const std::span<const KeptKeyword> kept = model_.kept;
+    std::vector<bool> open(kept.size());
+    Section section = Section::None;
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+        const std::string name = upper(kept[i].name);
+        if (const Section next = section_of(name); next != Section::None) {
+            section = next;
         } else {
-            write_kept_as_comment(kept);
-            if (section_of(upper(kept.name)) == Section::None) {
-                inform("keywords written as comments",
-                       "keyword " + to_utf8(kept.name) + " is written as a comment: it does not belong among grid keywords");
-            }
+            open[i] = name != "INCLUDE" && name != "END" && (section == Section::None || section == Section::Grid);
+        }
+    }
+    const auto compose = [&] {
+        std::string text;
+        for (std::size_t i = 0; i < kept.size(); ++i) {
+            text += open[i] ? kept_in_the_open(kept[i]) : kept_as_comment(kept[i]);
+        }
+        return text;
+    };
+    std::string text = compose();
+    if (!reads_back(text, kept, model_.size)) {
+        for (std::size_t i = 0; i < kept.size(); ++i) {
+            open[i] = open[i] && reads_back(kept_in_the_open(kept[i]), kept.subspan(i, 1), model_.size);
+        }
+        text = compose();
+        if (!reads_back(text, kept, model_.size)) {
+            open.assign(kept.size(), false);
+            text = compose();
+        }
+    }
+    file_.write(text);
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+        if (!open[i] && section_of(upper(kept[i].name)) == Section::None) {
+            inform("keywords written as comments",
+                   "keyword " + to_utf8(kept[i].name) + " is written as a comment: it does not belong among grid keywords");
         }
     }
 }

@@ -24,6 +24,9 @@ struct ReadOptions {
     /// The size of the grid that the file belongs to. Needed for files of bare properties, which do not state it;
     /// a file that states another size is an error.
     std::optional<GridSize> size;
+    /// The active flags (0 or 1, one per cell) of the grid that the file belongs to, if the caller has it: files that
+    /// state values of active cells alone do not always say which these are.
+    std::span<const std::uint8_t> active;
     /// Upper bound of the memory for arrays, bytes; 0: three quarters of the machine's memory. A small file can ask for
     /// much by its repeat counts; beyond the bound it is refused.
     std::uint64_t max_bytes = 0;

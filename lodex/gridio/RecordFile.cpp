@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace lodex::records {
 
@@ -261,6 +262,11 @@ Reader::Reader(const std::filesystem::path& path, ProgressCheck progress)
         throw;
     }
     file.release();
+}
+
+std::unique_ptr<Reader> Source::open(ProgressCheck progress) const
+{
+    return bytes ? std::make_unique<Reader>(*bytes, path) : std::make_unique<Reader>(path, std::move(progress));
 }
 
 Reader::Reader(std::string_view bytes, const std::filesystem::path& name)

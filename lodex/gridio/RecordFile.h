@@ -2,6 +2,7 @@
 
 #include <lodex/gridio/AtomicFile.h>
 #include <lodex/gridio/FileError.h>
+#include <lodex/utils/Errors.h>
 
 #include <array>
 #include <cstdint>
@@ -119,6 +120,14 @@ private:
     std::uint64_t left_ = 0;       ///< values of the current array that are not read
     std::uint64_t block_left_ = 0; ///< bytes of the current record
     std::int32_t block_length_ = 0;
+};
+
+/// A file, or bytes that stand for it.
+struct Source {
+    std::filesystem::path path;
+    std::optional<std::string_view> bytes;
+
+    [[nodiscard]] std::unique_ptr<Reader> open(ProgressCheck progress = {}) const;
 };
 
 extern template std::size_t Reader::read(std::span<float>);

@@ -623,6 +623,9 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
         const char* const end = buffer_.data() + length_;
         // Numbers that begin before this one are whole in the buffer.
         const char* const limit = base_ + length_ < source_.size() ? end - longest_number : end;
+        const auto ended = [end, limit](const char* q) {
+            return is_blank(*q) || (ends_number(*q) && (q != end || limit == end));
+        };
         while (done < key.count) {
             while (is_blank(*p)) {
                 ++p;
@@ -637,7 +640,7 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
                 if (p == start) [[unlikely]] {
                     double special = 0;
                     p = parse_special(p, special);
-                    if (p == start || !ends_number(*p)) {
+                    if (p == start || !ended(p)) {
                         bad(start);
                     }
                     values[done++] = static_cast<T>(special);
@@ -649,7 +652,7 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
                 } else {
                     value = to_double(number);
                 }
-                if (!ends_number(*p) || !(std::fabs(value) <= std::numeric_limits<T>::max())) [[unlikely]] {
+                if (!ended(p) || !(std::fabs(value) <= std::numeric_limits<T>::max())) [[unlikely]] {
                     bad(start);
                 }
                 values[done++] = value;
@@ -657,7 +660,7 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
                 p = parse_decimal(p, number);
                 const auto value = p == start ? std::nullopt : to_integer(number);
                 constexpr bool one_byte = sizeof(T) == 1;
-                if (!value || !ends_number(*p) || (one_byte && (*value < 0 || *value > 255))) [[unlikely]] {
+                if (!value || !ended(p) || (one_byte && (*value < 0 || *value > 255))) [[unlikely]] {
                     bad(start);
                 }
                 values[done++] = static_cast<T>(*value);

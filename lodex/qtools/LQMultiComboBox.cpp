@@ -193,10 +193,13 @@ void LQMultiComboBox::showPopup()
             part->installEventFilter(this);
         }
     }
-    // Wide enough for the names, within reason.
+    // Wide enough for the names with their check marks, within reason.
     const auto metric = [this](QStyle::PixelMetric what) { return style()->pixelMetric(what, nullptr, this); };
-    const int beside = metric(QStyle::PM_ScrollBarExtent) + (multi_ ? 2 * metric(QStyle::PM_IndicatorWidth) : 0);
-    view()->setMinimumWidth(std::min(view()->sizeHintForColumn(0) + beside, kWidestList));
+    int longest = 0;
+    for (int i = 0; i < count(); ++i)
+        longest = std::max(longest, view()->fontMetrics().horizontalAdvance(itemText(i)));
+    const int beside = metric(QStyle::PM_ScrollBarExtent) + 4 * metric(QStyle::PM_IndicatorWidth);
+    view()->setMinimumWidth(std::min(longest + beside, kWidestList));
     QComboBox::showPopup();
     if (multi_ && count() > 0 && !view()->currentIndex().isValid())
         view()->setCurrentIndex(model()->index(0, modelColumn()));

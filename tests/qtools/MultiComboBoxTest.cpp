@@ -402,6 +402,21 @@ TEST(MultiComboBox, ShowsTheWholeSelectionAndElidesIt)
     EXPECT_LT(box.sizeHint().width(), 400) << "long selections do not widen the dialog";
 }
 
+TEST(MultiComboBox, ListIsWideEnoughForItsNames)
+{
+    LQMultiComboBox box;
+    const QString longest = "a region with quite a long name of its own";
+    filled(box, {"short", longest}, true);
+    box.resize(120, box.sizeHint().height());
+    box.show();
+    static_cast<QComboBox&>(box).showPopup();
+    EXPECT_GE(box.view()->viewport()->width(), box.fontMetrics().horizontalAdvance(longest) + 40);
+    static_cast<QComboBox&>(box).hidePopup();
+    box.insertItem(QString(5000, 'x'));
+    static_cast<QComboBox&>(box).showPopup();
+    EXPECT_LE(box.view()->minimumWidth(), 600);
+}
+
 TEST(MultiComboBox, EditableBoxHoldsTypedText)
 {
     LQMultiComboBox box;

@@ -7,7 +7,7 @@
 #include "apps/workbench/ReportDialog.h"
 #include "apps/workbench/SectionPanel.h"
 #include "lodex/qtools/MainWindowRegistry.h"
-#include "support/MessageList.h"
+#include "MessageList.h"
 
 #include <Lodex/xtools/XMHelpManager.h>
 #include <Lodex/xtools/XMQShell.h>
