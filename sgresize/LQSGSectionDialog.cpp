@@ -21,8 +21,6 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 namespace Kelvane {
 
 using Lodex::Format;

@@ -36,8 +36,7 @@ class LQSGSectionDialog : public QWidget {
     Q_OBJECT
 
 public:
-    /// With builds_extension, build_extension() makes the lower panel with the lists of properties and regions to
-    /// copy.
+    /// With builds_extension there is a lower panel with the lists of properties and regions to copy.
     explicit LQSGSectionDialog(bool builds_extension);
     ~LQSGSectionDialog() override;
 
@@ -107,8 +106,8 @@ protected:
     [[nodiscard]] Lodex::LQMultiComboBox* region_list() const { return region_list_; }
     [[nodiscard]] bool is_painting() const { return paint_on_; }
 
-    /// Sends painted sections of one axis (1 to 3) to the source grid's style. `triples` holds `count` triples "axis
-    /// 1 index", a blank before each number; the two other axes are cleared.
+    /// Sends painted sections of one axis (1 to 3) to the source grid's style; the two other axes are cleared.
+    /// `triples` holds `count` triples of axis, 1 and index, a blank before each number.
     void paint_sections(int axis, const std::string& triples, long count);
     /// True when painting is on and a grid is selected; a missing grid is reported.
     [[nodiscard]] bool can_paint() const;

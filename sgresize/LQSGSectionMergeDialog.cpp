@@ -139,7 +139,7 @@ QWidget* LQSGSectionMergeDialog::build_region_modes(QWidget* parent)
     number_percentile_ = new_field("number_percentile_", number);
     volume_percentile_ = new_field("volume_percentile_", volume);
 
-    // Each field on the line of its button: equal heights, above them the group's frame and margin and the first button.
+    // Each field on the line of its button: equal heights, on top the group's frame and margin and the first button.
     const int line = std::max(number_percentile_->sizeHint().height(), any->sizeHint().height());
     for (QWidget* widget : std::initializer_list<QWidget*>{any, number, volume, number_percentile_, volume_percentile_})
         widget->setFixedHeight(line);

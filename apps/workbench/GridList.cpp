@@ -38,6 +38,7 @@ GridList::GridList(QWidget* parent) : QTreeWidget(parent)
     setContextMenuPolicy(Qt::ActionsContextMenu);
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     for (const int column : {SizeColumn, CellsColumn, ActiveColumn, VolumeColumn})
         headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     connect(this, &QTreeWidget::currentItemChanged, this, [this] { emit grid_selected(selected()); });

@@ -143,8 +143,9 @@ private:
         let_events_run();
         save_picture(dialog, file("merge_dialog.png", "the merge dialog"));
         save_picture(*window_.section()->view(), file("fine_grid.png", "the fine grid with the chosen sections"));
+        const CornerPointGrid* before = find_grid(coarse_name);
         part<QPushButton>(dialog, "apply_button").click();
-        if (!find_grid(coarse_name))
+        if (!find_grid(coarse_name) || find_grid(coarse_name) == before)
             throw problems_.failure("the merge dialog made no grid");
         part<QPushButton>(dialog, "cancel_button").click();
         let_events_run();

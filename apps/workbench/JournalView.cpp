@@ -31,8 +31,9 @@ JournalView::JournalView(QWidget* parent)
     auto* row = new QHBoxLayout;
     row->addStretch(1);
     row->addWidget(save_);
+    row->addSpacing(4);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(0, 0, 0, 4);
     layout->addWidget(text_);
     layout->addLayout(row);
     connect(save_, &QPushButton::clicked, this, &JournalView::save_as_script);

@@ -293,12 +293,15 @@ bool MainWindow::run(const QString& text, const QString& source)
 
 bool MainWindow::import_files(const QStringList& paths)
 {
-    bool all = true;
+    qsizetype failed = 0;
     for (const QString& path : paths) {
         const QString file = quoted_path(path);
-        all &= !file.isEmpty() && run(QStringLiteral("lodex import file %1 name %2").arg(file, name_for_import(path)));
+        if (file.isEmpty() || !run(QStringLiteral("lodex import file %1 name %2").arg(file, name_for_import(path))))
+            ++failed;
     }
-    return all;
+    if (failed > 0)
+        statusBar()->showMessage(tr("%1 of %2 files could not be imported").arg(failed).arg(paths.size()), status_time);
+    return failed == 0;
 }
 
 bool MainWindow::run_script(const QString& path)

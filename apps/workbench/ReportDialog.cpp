@@ -36,6 +36,8 @@ bool is_flat(const ordered_json& value)
 /// What stands beside the name of a value that has parts: a flat list whole, else what names the part.
 QString summary(const ordered_json& value)
 {
+    if (value.empty())
+        return QObject::tr("none");
     if (is_flat(value)) {
         QStringList parts;
         for (const auto& item : value)
@@ -80,6 +82,7 @@ ReportDialog::ReportDialog(const QString& grid, const QString& json, QWidget* pa
         QPushButton* button = buttons->addButton(text, QDialogButtonBox::ActionRole);
         button->setObjectName(name);
         button->setToolTip(tip);
+        button->setAutoDefault(false);
         return button;
     };
     connect(add_button("reportCopy", tr("Copy"), tr("Copies the report as JSON")), &QPushButton::clicked, this,
@@ -87,6 +90,7 @@ ReportDialog::ReportDialog(const QString& grid, const QString& json, QWidget* pa
     connect(add_button("reportSave", tr("Save..."), tr("Saves the report as JSON")), &QPushButton::clicked, this,
             &ReportDialog::save);
     buttons->button(QDialogButtonBox::Close)->setObjectName("reportClose");
+    buttons->button(QDialogButtonBox::Close)->setDefault(true);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* layout = new QVBoxLayout(this);

@@ -84,10 +84,8 @@ void SectionPanel::choose_axis()
     auto* grid = static_cast<CornerPointGrid*>(grid_watch_.observed());
     const auto a = static_cast<std::size_t>(axis());
     const int count = grid ? static_cast<int>(grid->model().size[a]) : 1;
-    int& chosen = chosen_[a];
-    if (grid && chosen == 0)
-        chosen = (count + 1) / 2;
-    const int shown = std::clamp(chosen, 1, count); // chosen stays, for the next grid that has it
+    // What the user chose stays for the next grid that has it; else the middle is a good place to start.
+    const int shown = chosen_[a] >= 1 && chosen_[a] <= count ? chosen_[a] : (count + 1) / 2;
     {
         const QSignalBlocker quiet_slider(slider_), quiet_number(number_);
         slider_->setRange(1, count);

@@ -34,7 +34,7 @@ private:
     QComboBox* colour_by_;
     SectionView* view_;
     GridWatch grid_watch_;
-    std::array<int, 2> chosen_{};                     // section of each axis, 1-based; 0: none yet
+    std::array<int, 2> chosen_{};                     // by the user, for each axis, 1-based; 0: none yet
     Colouring wanted_{Colouring::Kind::Property, {}}; // what the user chose last, kept over grids that lack it
 };
 

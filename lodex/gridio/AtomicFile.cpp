@@ -159,7 +159,7 @@ void AtomicFile::commit()
         ::unlink(temporary_.c_str());
         fail(error, "cannot be put in place");
     }
-    // The rename itself reaches the disk with its folder; some file systems cannot do that, and the data is safe anyway.
+    // The rename itself reaches the disk with its folder; where a file system cannot do that, the data is safe anyway.
     const auto folder = final_.has_parent_path() ? final_.parent_path() : std::filesystem::path(".");
     const int directory = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory >= 0) {

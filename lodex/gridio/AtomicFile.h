@@ -23,7 +23,7 @@ public:
     /// Buffered; a full disk may show only later, in commit() at the latest.
     void write(std::string_view bytes);
 
-    /// Room for up to `wanted` bytes at the end of the buffer, at most 64 KiB; valid until the next call of any function.
+    /// Room for up to `wanted` bytes at the end of the buffer, at most 64 KiB; valid until any other call.
     [[nodiscard]] char* reserve(std::size_t wanted);
     /// Takes over the first `count` bytes written to the room that reserve() gave.
     void advance(std::size_t count) { used_ += count; }

@@ -20,7 +20,8 @@ struct Message {
     friend bool operator==(const Message&, const Message&) = default;
 };
 
-/// A file that cannot be read or written. what() is "PATH:LINE: reason" or, without a line, "PATH: reason"; valid UTF-8.
+/// A file that cannot be read or written. what() is "PATH:LINE: reason" or, without a line, "PATH: reason", in valid
+/// UTF-8.
 class FileError : public ModelError {
 public:
     /// line is 1-based, 0 when the reason holds for the whole file.

@@ -156,8 +156,8 @@ const GridFormat& GridFormats::for_writing(const std::filesystem::path& path, st
     if (!name.empty()) {
         const GridFormat* format = find(name);
         if (format == nullptr) {
-            throw FileError(path.string(), 0, "there is no format \"" + to_utf8(name) + "\" (known: " + list_of_names(true)
-                                                  + ")");
+            throw FileError(path.string(), 0,
+                            "there is no format \"" + to_utf8(name) + "\" (known: " + list_of_names(true) + ")");
         }
         if (!format->can_write()) {
             throw FileError(path.string(), 0, "the format " + std::string(format->name()) + " is for reading only");

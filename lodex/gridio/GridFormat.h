@@ -73,8 +73,8 @@ public:
     /// The model in a file. Throws FileError, Cancelled; leaves nothing behind.
     [[nodiscard]] virtual ReadResult read(const std::filesystem::path& path, const ReadOptions& options) const;
 
-    /// Writes beside the target and renames into place: after FileError, ModelError or Cancelled an older file at path is
-    /// untouched and nothing new is left.
+    /// Writes beside the target and renames into place: after FileError, ModelError or Cancelled an older file at path
+    /// is untouched and nothing new is left.
     virtual WriteResult write(const GridModel& model, const std::filesystem::path& path,
                               const WriteOptions& options) const;
 };

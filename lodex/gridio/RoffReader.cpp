@@ -638,7 +638,6 @@ void Reader::take_points(const Tag& tag)
     property.on_points = true;
     property.name = text_of(tag, "name");
     property.unit = text_of(tag, "unit");
-    names_.insert(property.name);
     if (const Key* const no_data = tag.find("noData")) {
         property.no_data = input_.real(*no_data);
     }
@@ -973,7 +972,7 @@ template <class Stored> bool Reader::all_fit_float(const Key& key, std::size_t a
 
 template <class Stored> void Reader::fill_depths(const Key& key, const Key* rest)
 {
-    constexpr std::size_t depth_axis = 2;
+    static constexpr std::size_t depth_axis = 2;
     const auto corners = static_cast<std::size_t>(8 * result_.model.cells());
     const auto fill = [&](auto kind) {
         using Depth = decltype(kind);

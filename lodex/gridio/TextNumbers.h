@@ -40,8 +40,8 @@ bool slow_fits_float(const Decimal& number, float value);
 
 } // namespace text_numbers
 
-/// Reads the number that begins at p: digits with an optional sign, point and exponent (E, e, D or d). Returns the first
-/// character behind it, p itself when there is none. The text must end with a character that belongs to no number.
+/// Reads the number that begins at p: digits with an optional sign, point and exponent (E, e, D or d). Returns the
+/// first character behind it, p itself when there is none. The text must end with a character that belongs to no number.
 [[gnu::always_inline]] inline const char* parse_decimal(const char* p, Decimal& number)
 {
     using text_numbers::is_digit;

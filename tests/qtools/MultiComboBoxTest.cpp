@@ -1,3 +1,5 @@
+#include "Pictures.h"
+
 #include <Lodex/qtools/LQMultiComboBox.h>
 
 #include <gtest/gtest.h>
@@ -450,10 +452,7 @@ TEST(MultiComboBox, NamesOfAnyKindSurvive)
 
 TEST(MultiComboBox, PictureForLookingAt)
 {
-    const QString folder = qEnvironmentVariable("LODEX_PICTURES");
-    if (folder.isEmpty())
-        GTEST_SKIP() << "LODEX_PICTURES is not set";
-    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString folder = picture_folder();
     for (const bool multi : {false, true}) {
         LQMultiComboBox box;
         filled(box, {"all_regions", "fault_block_1", "A region with quite a long name of its own", "aquifer"}, multi);

@@ -1,3 +1,5 @@
+#include "Pictures.h"
+
 #include <Lodex/qtools/LQPixmapLib.h>
 
 #include <Lodex/qtools/QtText.h>
@@ -137,10 +139,7 @@ TEST(PixmapLib, IconDrawsKeepingItsProportions)
 
 TEST(PixmapLib, PicturesForLookingAt)
 {
-    const QString folder = qEnvironmentVariable("LODEX_PICTURES");
-    if (folder.isEmpty())
-        GTEST_SKIP() << "LODEX_PICTURES is not set";
-    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString folder = picture_folder();
     const QStringList names = LQPixmapLib::names();
     constexpr int kCell = 110;
     QImage sheet(kCell * static_cast<int>(names.size()), 2 * kCell, QImage::Format_RGB32);

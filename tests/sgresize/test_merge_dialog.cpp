@@ -9,6 +9,8 @@
 #include <QRadioButton>
 #include <QSignalSpy>
 
+#include <memory>
+
 namespace {
 
 class MergeDialog : public MergeDialogTest {
@@ -552,20 +554,21 @@ protected:
         name("New");
         find<QCheckBox>("paint_check_box_")->click();
         log.texts.clear();
-        QObject::connect(dialog, &QObject::destroyed, [this] { ++deleted; });
+        QObject::connect(dialog, &QObject::destroyed, [count = deleted] { ++*count; });
     }
     void expect_closed()
     {
         run_deferred_deletes();
         EXPECT_TRUE(shell.isNull());
         EXPECT_TRUE(dialog.isNull());
-        EXPECT_EQ(deleted, 1);
+        EXPECT_EQ(*deleted, 1);
         EXPECT_EQ(Lodex::XMQShell::find("SgridMergeSectionShell"), nullptr);
     }
 
     const std::string unpaint = "lodex on Style G set attribute *sections value \" 3 1 0 0 2 0 0 3 0 0\";"
                                 "lodex on Style G update ;lodex update all cameras";
-    int deleted = 0;
+    /// Outlives the fixture, as the dialog may.
+    std::shared_ptr<int> deleted = std::make_shared<int>(0);
 };
 
 TEST_F(ClosingMergeDialog, OkRunsUnpaintsAndCloses)
@@ -629,7 +632,7 @@ TEST_F(ClosingMergeDialog, TheWindowsCloseButtonCancels)
 TEST_F(ClosingMergeDialog, WithoutPaintingNothingIsUnpainted)
 {
     open();
-    QObject::connect(dialog, &QObject::destroyed, [this] { ++deleted; });
+    QObject::connect(dialog, &QObject::destroyed, [count = deleted] { ++*count; });
     press("cancel_button");
     EXPECT_TRUE(log.texts.empty());
     expect_closed();
@@ -638,7 +641,7 @@ TEST_F(ClosingMergeDialog, WithoutPaintingNothingIsUnpainted)
 TEST_F(ClosingMergeDialog, TheHostMayCloseTheShell)
 {
     open();
-    QObject::connect(dialog, &QObject::destroyed, [this] { ++deleted; });
+    QObject::connect(dialog, &QObject::destroyed, [count = deleted] { ++*count; });
     shell->close();
     shell->close();
     expect_closed();

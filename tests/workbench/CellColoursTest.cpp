@@ -152,7 +152,9 @@ TEST_F(CellColoursTest, ManyCodesKeepDistinctColours)
 TEST_F(CellColoursTest, UnitsAreBandsOfLayers)
 {
     CornerPointGrid* layered = add_box("Layered", {2, 1, 5});
-    layered->change([](GridModel& model) { model.layers = {{.unit = "Upper", .nb_k_cells = 1}, {.unit = "Lower", .nb_k_cells = 3}}; });
+    layered->change([](GridModel& model) {
+        model.layers = {{.unit = "Upper", .nb_k_cells = 1}, {.unit = "Lower", .nb_k_cells = 3}};
+    });
     const CellColours shown(*layered, {Colouring::Kind::Unit, {}});
     ASSERT_EQ(shown.entries().size(), 2u);
     EXPECT_EQ(shown.of(0), shown.entries()[0].colour.rgb());

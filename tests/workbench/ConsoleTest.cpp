@@ -78,7 +78,8 @@ TEST_F(CompletionTest, VerbsOfAnObjectBehindItsName)
 TEST_F(CompletionTest, ValuesThatTheDeclarationTells)
 {
     EXPECT_EQ(words("lodex sgrid_merge_multiple_sections copy_properties "), Words({"0", "1"}));
-    EXPECT_EQ(words("lodex sgrid_merge_multiple_sections direction "), Words({"\"first axis\"", "\"second axis\"", "vertical"}));
+    EXPECT_EQ(words("lodex sgrid_merge_multiple_sections direction "),
+              Words({"\"first axis\"", "\"second axis\"", "vertical"}));
     EXPECT_TRUE(offers("lodex sgrid_merge_multiple_sections sections ", "direction")) << "its value may be empty";
 }
 

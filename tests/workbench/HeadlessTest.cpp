@@ -36,8 +36,8 @@ TEST_F(HeadlessTest, LeavesPicturesModelReportsAndJournal)
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(out))
         names.insert(entry.path().filename().string());
-    EXPECT_EQ(names, (std::set<std::string>{"coarse.grdecl", "coarse.json", "coarse_grid.png", "fine.json", "fine_grid.png",
-                                            "journal.lodex", "merge_dialog.png"}));
+    EXPECT_EQ(names, (std::set<std::string>{"coarse.grdecl", "coarse.json", "coarse_grid.png", "fine.json",
+                                            "fine_grid.png", "journal.lodex", "merge_dialog.png"}));
     for (const char* name : {"merge_dialog.png", "fine_grid.png", "coarse_grid.png"}) {
         const QImage picture(QString::fromStdString((out / name).string()));
         EXPECT_GT(picture.width(), 400) << name;
@@ -53,9 +53,12 @@ TEST_F(HeadlessTest, LeavesPicturesModelReportsAndJournal)
     EXPECT_EQ(coarse["properties"].size(), fine["properties"].size()) << "properties are carried over";
     EXPECT_EQ(coarse["layers"].size(), 4u);
 
-    EXPECT_NE(results.str().find("fine grid   Example: 50 x 40 x 40 = 80000 cells, " + fine["active"].dump() + " active"), std::string::npos)
+    EXPECT_NE(
+        results.str().find("fine grid   Example: 50 x 40 x 40 = 80000 cells, " + fine["active"].dump() + " active"),
+        std::string::npos)
         << results.str();
-    EXPECT_NE(results.str().find("50 x 40 x 20 = 40000 cells, " + coarse["active"].dump() + " active"), std::string::npos);
+    EXPECT_NE(results.str().find("50 x 40 x 20 = 40000 cells, " + coarse["active"].dump() + " active"),
+              std::string::npos);
     for (const std::string& name : names)
         EXPECT_NE(results.str().find((out / name).string()), std::string::npos) << name;
 

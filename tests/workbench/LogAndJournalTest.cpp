@@ -10,8 +10,11 @@
 #include <QSignalSpy>
 #include <QTextBlock>
 
+#include <cstring>
 #include <fstream>
 #include <thread>
+#include <type_traits>
+#include <variant>
 
 using namespace lodex;
 using Lodex::Logger;
@@ -22,6 +25,20 @@ namespace {
 QColor colour_of_line(const QPlainTextEdit& text, int line)
 {
     return text.document()->findBlockByNumber(line).begin().fragment().charFormat().foreground().color();
+}
+
+/// Undefined values are NaNs, which no comparison of numbers calls equal.
+bool same_bits(const PropertyData& a, const PropertyData& b)
+{
+    if (a.values.index() != b.values.index() || a.size() != b.size())
+        return false;
+    return std::visit(
+        [&](const auto& values) {
+            using Values = std::decay_t<decltype(values)>;
+            return std::memcmp(values.data(), std::get<Values>(b.values).data(), values.size() * sizeof(values[0])) ==
+                   0;
+        },
+        a.values);
 }
 
 class LogViewTest : public WorkbenchTest {
@@ -37,7 +54,8 @@ TEST_F(LogViewTest, ShowsMessagesCommandsAndAnswers)
     Logger::log(LogLevel::Warning, "careful\n");
     Logger::log(LogLevel::Error, "1:1: no\n  in: lodex x\n");
     Logger::log(LogLevel::Fatal, "stop\n");
-    EXPECT_EQ(log.toPlainText(), "> lodex help\ntwo\nlines\ndone\nwarning: careful\nerror: 1:1: no\n  in: lodex x\nerror: stop");
+    EXPECT_EQ(log.toPlainText(),
+              "> lodex help\ntwo\nlines\ndone\nwarning: careful\nerror: 1:1: no\n  in: lodex x\nerror: stop");
     EXPECT_TRUE(log.isReadOnly());
     EXPECT_TRUE(log.textInteractionFlags() & Qt::TextSelectableByMouse);
 }
@@ -47,7 +65,8 @@ TEST_F(LogViewTest, KindsHaveTheirColoursInBothThemes)
     Logger::log(LogLevel::Info, "a");
     Logger::log(LogLevel::Warning, "b");
     Logger::log(LogLevel::Error, "c");
-    for (const auto& [base, text] : {std::pair{QColor(30, 30, 30), QColor(230, 230, 230)}, std::pair{QColor(Qt::white), QColor(Qt::black)}}) {
+    for (const auto& [base, text] :
+         {std::pair{QColor(30, 30, 30), QColor(230, 230, 230)}, std::pair{QColor(Qt::white), QColor(Qt::black)}}) {
         QPalette palette = log.palette();
         palette.setColor(QPalette::Base, base);
         palette.setColor(QPalette::Text, text);
@@ -107,17 +126,20 @@ TEST_F(JournalTest, FollowsTheInterpreter)
 
 TEST_F(JournalTest, LetsGoOfTheInterpreter)
 {
-    { const JournalView view; }
+    {
+        const JournalView view;
+    }
     EXPECT_TRUE(run("lodex create sgrid name Box size 2+2+2 spacing 1+1+1"));
     EXPECT_EQ(Interpreter::instance().journal().size(), 1u);
 }
 
 TEST_F(JournalTest, ReplayedJournalMakesTheSameGrids)
 {
-    ASSERT_TRUE(run("lodex create example name Field size 12+10+8 seed 3\n"
-                    "lodex sgrid_merge_multiple_sections name Coarse sgrid Field direction \"vertical\" sections 0+1+4+5 "
-                    "copy_properties 1 property_sections 0+5 copy_regions 1\n"
-                    "lodex on SGrid Coarse fill_property CONST value 0.125"));
+    ASSERT_TRUE(
+        run("lodex create example name Field size 12+10+8 seed 3\n"
+            "lodex sgrid_merge_multiple_sections name Coarse sgrid Field direction \"vertical\" sections 0+1+4+5 "
+            "copy_properties 1 property_sections 0+5 copy_regions 1\n"
+            "lodex on SGrid Coarse fill_property CONST value 0.125"));
     save_journal(file("journal.lodex"));
     const GridModel first = find_grid("Coarse")->model();
     clear();
@@ -134,7 +156,7 @@ TEST_F(JournalTest, ReplayedJournalMakesTheSameGrids)
     ASSERT_EQ(second.properties.size(), first.properties.size());
     for (std::size_t i = 0; i < first.properties.size(); ++i) {
         EXPECT_EQ(second.properties[i].name, first.properties[i].name);
-        EXPECT_EQ(second.properties[i].values, first.properties[i].values);
+        EXPECT_TRUE(same_bits(second.properties[i], first.properties[i])) << first.properties[i].name;
     }
     ASSERT_EQ(second.regions.size(), first.regions.size());
     for (std::size_t i = 0; i < first.regions.size(); ++i)

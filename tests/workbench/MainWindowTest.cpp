@@ -25,6 +25,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
@@ -51,7 +52,8 @@ protected:
     std::filesystem::path write_box(const std::string& name)
     {
         add_box("Writer", {3, 2, 2});
-        EXPECT_TRUE(run("lodex export sgrid Writer file \"" + file(name).string() + "\"; lodex destroy objects Writer"));
+        EXPECT_TRUE(
+            run("lodex export sgrid Writer file \"" + file(name).string() + "\"; lodex destroy objects Writer"));
         Interpreter::instance().clear_journal();
         return file(name);
     }
@@ -91,7 +93,8 @@ TEST_F(MainWindowTest, ActionsComeFromOneTable)
     for (const QAction* menu : window.menuBar()->actions())
         menus.append(menu->text());
     EXPECT_EQ(menus, QStringList({"&File", "&Grid", "&Help"}));
-    for (const char* id : {"import", "export", "runScript", "quit", "mergeSections", "report", "destroy", "contents", "about"}) {
+    for (const char* id :
+         {"import", "export", "runScript", "quit", "mergeSections", "report", "destroy", "contents", "about"}) {
         ASSERT_NE(action(id), nullptr) << id;
         EXPECT_FALSE(action(id)->toolTip().isEmpty()) << id;
         EXPECT_FALSE(action(id)->statusTip().isEmpty()) << id;
@@ -107,10 +110,12 @@ TEST_F(MainWindowTest, ActionsComeFromOneTable)
 TEST_F(MainWindowTest, ActionsOnAGridNeedOne)
 {
     const auto enabled = [&] {
-        return std::ranges::all_of(std::array{"export", "mergeSections", "report", "destroy"}, [&](const char* id) { return action(id)->isEnabled(); });
+        return std::ranges::all_of(std::array{"export", "mergeSections", "report", "destroy"},
+                                   [&](const char* id) { return action(id)->isEnabled(); });
     };
     const auto disabled = [&] {
-        return std::ranges::none_of(std::array{"export", "mergeSections", "report", "destroy"}, [&](const char* id) { return action(id)->isEnabled(); });
+        return std::ranges::none_of(std::array{"export", "mergeSections", "report", "destroy"},
+                                    [&](const char* id) { return action(id)->isEnabled(); });
     };
     EXPECT_TRUE(disabled());
     CornerPointGrid* grid = add_box("Box");
@@ -128,14 +133,19 @@ TEST_F(MainWindowTest, EveryWidgetThatAPersonTouchesHasAName)
     for (const QWidget* widget : window.findChildren<QWidget*>()) {
         const bool touched = qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget) ||
                              qobject_cast<const QAbstractSpinBox*>(widget) || qobject_cast<const QLineEdit*>(widget) ||
-                             qobject_cast<const QPlainTextEdit*>(widget) || qobject_cast<const QAbstractItemView*>(widget) ||
+                             qobject_cast<const QPlainTextEdit*>(widget) ||
+                             qobject_cast<const QAbstractItemView*>(widget) ||
                              qobject_cast<const QAbstractSlider*>(widget) || qobject_cast<const QTabWidget*>(widget);
         // Parts that the toolkit makes inside of its own widgets bear its names or none.
-        const bool inside = qobject_cast<const QComboBox*>(widget->parent()) || qobject_cast<const QAbstractSpinBox*>(widget->parent()) ||
-                            qobject_cast<const QAbstractScrollArea*>(widget->parent()) || qobject_cast<const QMenuBar*>(widget->parent()) ||
-                            widget->inherits("QTabBar") || widget->parent()->inherits("QTabBar") || widget->parent()->inherits("QToolBar") ||
-                            widget->parent()->inherits("QComboBoxPrivateContainer") || widget->parent()->objectName() == "qt_scrollarea_hcontainer" ||
-                            widget->parent()->objectName() == "qt_scrollarea_vcontainer" || widget->inherits("QTipLabel");
+        const bool inside = qobject_cast<const QComboBox*>(widget->parent()) ||
+                            qobject_cast<const QAbstractSpinBox*>(widget->parent()) ||
+                            qobject_cast<const QAbstractScrollArea*>(widget->parent()) ||
+                            qobject_cast<const QMenuBar*>(widget->parent()) || widget->inherits("QTabBar") ||
+                            widget->parent()->inherits("QTabBar") || widget->parent()->inherits("QToolBar") ||
+                            widget->parent()->inherits("QComboBoxPrivateContainer") ||
+                            widget->parent()->objectName() == "qt_scrollarea_hcontainer" ||
+                            widget->parent()->objectName() == "qt_scrollarea_vcontainer" ||
+                            widget->inherits("QTipLabel");
         if (touched && !inside) {
             EXPECT_FALSE(widget->objectName().isEmpty()) << widget->metaObject()->className();
         }
@@ -175,8 +185,10 @@ TEST_F(MainWindowTest, ImportsFilesUnderFreeNames)
     EXPECT_EQ(last_statement(), "lodex import file \"" + path.string() + "\" name my model_2");
     EXPECT_EQ(window.grids()->selected(), find_grid("my model_2"));
 
-    EXPECT_FALSE(window.import_files({QString::fromStdString(file("missing.grdecl").string())}));
+    EXPECT_FALSE(window.import_files({QString::fromStdString(file("missing.grdecl").string()), text}));
     EXPECT_EQ(messages.of(LogLevel::Error).size(), 1u);
+    EXPECT_NE(find_grid("my model_3"), nullptr) << "the others come in all the same";
+    EXPECT_EQ(window.statusBar()->currentMessage(), "1 of 2 files could not be imported");
 }
 
 TEST_F(MainWindowTest, NamesOfFilesBecomeLegalNames)
@@ -286,7 +298,8 @@ TEST_F(MainWindowTest, ReportShowsTheNumbersAndSavesThem)
 
 TEST_F(MainWindowTest, ScriptsRunWithTheirPlaceInMessages)
 {
-    std::ofstream(file("good.lodex")) << "# a comment\nlodex create sgrid name S size 2+2+2 spacing 1+1+1\nlodex help report\n";
+    std::ofstream(file("good.lodex"))
+        << "# a comment\nlodex create sgrid name S size 2+2+2 spacing 1+1+1\nlodex help report\n";
     std::ofstream(file("bad.lodex")) << "lodex create sgrid name T size 2+2+2 spacing 1+1+1\nlodex create nonsense\n";
     choose_file(file("good.lodex"));
     action("runScript")->trigger();

@@ -32,9 +32,11 @@ TEST(PaintedSections, NothingAndBrokenTexts)
     EXPECT_EQ(read_painted_sections(""), PaintedSections());
     EXPECT_EQ(read_painted_sections("   "), PaintedSections());
     EXPECT_EQ(read_painted_sections("two 1 1 1"), PaintedSections());
-    EXPECT_EQ(read_painted_sections("2 1 1 3"), (PaintedSections{{{3}, {}, {}}})) << "fewer triples than the count says";
+    EXPECT_EQ(read_painted_sections("2 1 1 3"), (PaintedSections{{{3}, {}, {}}}))
+        << "fewer triples than the count says";
     EXPECT_EQ(read_painted_sections("2 1 1 3 4 1 0"), (PaintedSections{{{3}, {}, {}}})) << "an axis that is none";
-    EXPECT_EQ(read_painted_sections("1 1 1 3 1 1 5"), (PaintedSections{{{3}, {}, {}}})) << "more triples than the count says";
+    EXPECT_EQ(read_painted_sections("1 1 1 3 1 1 5"), (PaintedSections{{{3}, {}, {}}}))
+        << "more triples than the count says";
     EXPECT_EQ(read_painted_sections("-1 1 1 3"), PaintedSections());
 }
 

@@ -139,13 +139,15 @@ TEST(Section, MirroredGridsStillStartAtZero)
 TEST(Section, CornersThatAreNotFiniteLeaveTheCellOut)
 {
     GridModel model = box();
-    model.zcorn.visit_mutable([](auto depths) { depths[0] = std::numeric_limits<double>::quiet_NaN(); }); // of cell 0, 0, 0
+    model.zcorn.visit_mutable(
+        [](auto depths) { depths[0] = std::numeric_limits<double>::quiet_NaN(); }); // of cell 0, 0, 0
     const Section by_depth = cut_section(model, SectionAxis::J, 0);
     EXPECT_EQ(by_depth.cells.size(), 5u);
     EXPECT_EQ(by_depth.top, 1500);
 
     model = box();
-    change_coord(model, [](std::size_t i, double value) { return i == 0 ? std::numeric_limits<double>::infinity() : value; });
+    change_coord(model,
+                 [](std::size_t i, double value) { return i == 0 ? std::numeric_limits<double>::infinity() : value; });
     const Section by_place = cut_section(model, SectionAxis::J, 1);
     EXPECT_EQ(by_place.cells.size(), 6u) << "another row of pillars";
     for (const SectionCell& cell : cut_section(model, SectionAxis::J, 0).cells) {

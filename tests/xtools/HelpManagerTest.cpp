@@ -1,3 +1,5 @@
+#include "Pictures.h"
+
 #include <Lodex/xtools/XMHelpManager.h>
 
 #include <Lodex/qtools/QtText.h>
@@ -254,10 +256,7 @@ TEST(HelpManager, CanBeUsedBesideAModalDialog)
 
 TEST(HelpManager, PicturesForLookingAt)
 {
-    const QString folder = qEnvironmentVariable("LODEX_PICTURES");
-    if (folder.isEmpty())
-        GTEST_SKIP() << "LODEX_PICTURES is not set";
-    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString folder = picture_folder();
     display(kKeys[0]);
     EXPECT_TRUE(help_window()->grab().save(folder + "/help_merge.png"));
     display(kKeys[7]);

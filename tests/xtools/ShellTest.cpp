@@ -1,3 +1,5 @@
+#include "Pictures.h"
+
 #include <Lodex/xtools/LQActionAdapter.h>
 #include <Lodex/xtools/XMQShell.h>
 
@@ -471,10 +473,7 @@ TEST(ActionAdapter, ActionMayDeleteTheAdapter)
 
 TEST(Shell, PictureForLookingAt)
 {
-    const QString folder = qEnvironmentVariable("LODEX_PICTURES");
-    if (folder.isEmpty())
-        GTEST_SKIP() << "LODEX_PICTURES is not set";
-    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString folder = picture_folder();
     auto* body = new QDialog;
     auto* layout = new QVBoxLayout(body);
     auto* banner = new QHBoxLayout;
