@@ -2,7 +2,7 @@
 
 packages=(
     g++ cmake ninja-build ccache git
-    qt6-base-dev libqt6svg6-dev libqt6opengl6-dev libgl1-mesa-dev libgl1-mesa-dri
+    qt6-base-dev qt6-svg-dev libqt6opengl6-dev libgl1-mesa-dev libgl1-mesa-dri
     libvtk9-dev
     libtbb-dev libfmt-dev libeigen3-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev

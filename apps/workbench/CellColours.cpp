@@ -106,7 +106,7 @@ void CellColours::use_units(const CornerPointGrid& grid)
 {
     if (grid.model().layers.empty())
         return;
-    title_ = QStringLiteral("unit");
+    title_ = QCoreApplication::translate("lodex::CellColours", "unit");
     for (const LayerData& layer : grid.model().layers) {
         entry_of_layer_.insert(entry_of_layer_.end(), static_cast<std::size_t>(layer.nb_k_cells), entries_.size());
         entries_.push_back({distinct_colour(entries_.size()), QString::fromStdString(layer.unit)});
@@ -154,14 +154,13 @@ void CellColours::use_scale(const PropertyData& property, const CornerPointGrid&
     if (low == high) {
         ticks_.push_back({0.5, number_text(low)});
     } else if (logarithmic_) {
-        const auto [from, to] = std::minmax(std::log10(low), std::log10(high));
+        const double from = std::log10(std::min(low, high)), to = std::log10(std::max(low, high));
         for (const double exponent : round_numbers(from, to, 5)) {
             if (exponent == std::round(exponent) || to - from < 2)
                 ticks_.push_back({place_of(std::pow(10.0, exponent)), number_text(std::pow(10.0, exponent))});
         }
     } else {
-        const auto [from, to] = std::minmax(low, high);
-        for (const double number : round_numbers(from, to, 5))
+        for (const double number : round_numbers(std::min(low, high), std::max(low, high), 5))
             ticks_.push_back({place_of(number), number_text(number)});
     }
 }

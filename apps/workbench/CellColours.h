@@ -3,6 +3,7 @@
 #include <Lodex/gtools/Colormap.h>
 
 #include <QColor>
+#include <QMetaType>
 #include <QString>
 
 #include <cstdint>

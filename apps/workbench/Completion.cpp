@@ -131,29 +131,33 @@ Words words_behind(const std::vector<Word>& words)
         return {"lodex"};
     if (words[0].text != "lodex")
         return result;
-    std::string type;
-    std::size_t first = 1; // of the verb
-    if (words.size() > 1 && !words[1].quoted && words[1].text == "on") {
-        if (words.size() == 2) {
-            for (const Verb* verb : verbs.verbs()) {
-                if (!verb->object_type.empty())
-                    result.insert(verb->object_type);
-            }
-            return result;
+    const bool has_on = words.size() > 1 && !words[1].quoted && words[1].text == "on";
+    if (has_on && words.size() == 2) {
+        for (const Verb* verb : verbs.verbs()) {
+            if (!verb->object_type.empty())
+                result.insert(verb->object_type);
         }
-        type = words[2].text;
-        if (words.size() == 3) {
+        return result;
+    }
+    std::string type;
+    std::size_t first = 1;                        // of the verb
+    const std::size_t type_word = has_on ? 2 : 1; // the "on" may be left out
+    if (words.size() > type_word && !words[type_word].quoted && verbs.is_object_type(words[type_word].text)) {
+        type = words[type_word].text;
+        if (words.size() == type_word + 1) {
             add_names(result, type);
             return result;
         }
         // A name may have several words: the longest one that is an object's counts.
-        first = 4;
+        first = type_word + 2;
         std::string name;
-        for (std::size_t i = 3; i < words.size(); ++i) {
-            name += (i > 3 ? " " : "") + words[i].text;
+        for (std::size_t i = type_word + 1; i < words.size(); ++i) {
+            name += (i > type_word + 1 ? " " : "") + words[i].text;
             if (Lodex::GeobaseLib::instance()->find(name, type))
                 first = i + 1;
         }
+    } else if (has_on) {
+        return result; // no such type
     } else if (words.size() == 1) {
         result.insert("on");
     }

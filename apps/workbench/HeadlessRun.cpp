@@ -32,16 +32,18 @@ constexpr const char* fine_name = "Example";
 constexpr const char* coarse_name = "Example_coarse";
 constexpr const char* merge_shell = "SgridMergeSectionShell";
 
-/// Keeps what is logged as an error, to say why something failed.
+/// Writes warnings as they come and keeps errors, to say why something failed.
 class Problems : public Lodex::LogSink {
 public:
-    Problems() { Lodex::Logger::add_sink(this); }
+    explicit Problems(std::ostream& warnings) : warnings_(warnings) { Lodex::Logger::add_sink(this); }
     ~Problems() override { Lodex::Logger::remove_sink(this); }
     Problems(const Problems&) = delete;
     Problems& operator=(const Problems&) = delete;
 
     void message(Lodex::LogLevel level, const Lodex::CString& text) override
     {
+        if (level == Lodex::LogLevel::Warning)
+            warnings_ << "warning: " << text << '\n';
         if (level < Lodex::LogLevel::Error)
             return;
         text_ += (text_.empty() ? "" : "\n") + text.str();
@@ -55,6 +57,7 @@ public:
     }
 
 private:
+    std::ostream& warnings_;
     std::string text_;
 };
 
@@ -97,7 +100,9 @@ std::string line_of(const std::string& title, const std::string& name)
 
 class Run {
 public:
-    Run(const std::filesystem::path& folder, std::ostream& results) : folder_(folder), results_(results) {}
+    Run(const std::filesystem::path& folder, std::ostream& results, std::ostream& problems)
+        : folder_(folder), results_(results), problems_(problems)
+    {}
 
     void all()
     {
@@ -179,7 +184,7 @@ int run_headless(const std::filesystem::path& folder, std::ostream& results, std
 {
     try {
         std::filesystem::create_directories(folder);
-        Run(folder, results).all();
+        Run(folder, results, problems).all();
         return 0;
     } catch (const std::exception& error) {
         problems << "error: " << error.what() << '\n';

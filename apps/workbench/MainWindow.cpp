@@ -72,6 +72,12 @@ private:
     Lodex::CString name_;
 };
 
+/// The name of an object in a statement; in quotes, none of its words can be taken for a keyword.
+QString object_word(const QString& name)
+{
+    return QString::fromStdString(quoted(name.toStdString()));
+}
+
 QString filter_of(const GridFormat& format)
 {
     QStringList patterns;
@@ -365,7 +371,7 @@ void MainWindow::ask_export()
     const QString file = path.isEmpty() ? QString() : quoted_path(path);
     if (file.isEmpty())
         return;
-    QString command = QStringLiteral("lodex export sgrid %1 file %2").arg(name, file);
+    QString command = QStringLiteral("lodex export sgrid %1 file %2").arg(object_word(name), file);
     const auto format = formats.find(chosen);
     if (!format_by_ending(path) && format != formats.end()) {
         const std::string_view word = format->second->name();
@@ -424,7 +430,7 @@ void MainWindow::show_report()
     if (!grid)
         return;
     const QString name = to_qstring(grid->name());
-    const QString command = QStringLiteral("lodex report sgrid %1").arg(name);
+    const QString command = QStringLiteral("lodex report sgrid %1").arg(object_word(name));
     const auto results = Interpreter::instance().run(command.toStdString());
     if (results.size() != 1 || results[0].status != StatementStatus::Done)
         return;
@@ -456,7 +462,7 @@ void MainWindow::ask_destroy()
     box.setEscapeButton(keep);
     box.exec();
     if (box.clickedButton() == destroy)
-        run(QStringLiteral("lodex destroy objects %1").arg(name));
+        run(QStringLiteral("lodex destroy objects %1").arg(object_word(name)));
 }
 
 void MainWindow::show_help()

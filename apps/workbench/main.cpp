@@ -3,7 +3,6 @@
 #include "HeadlessRun.h"
 #include "MainWindow.h"
 #include "lodex/appli/GuiServices.h"
-#include "lodex/utils/LogSinks.h"
 
 #include <Lodex/gui/Lodex_gui_init.h>
 
@@ -100,10 +99,8 @@ int main(int argc, char** argv)
         return status;
     Lodex::Lodex_gui_init::initialize();
 
-    if (!options.headless.empty()) {
-        const lodex::ScreenSink screen(std::cerr, Lodex::LogLevel::Warning);
+    if (!options.headless.empty())
         return lodex::run_headless(options.headless, std::cout, std::cerr);
-    }
 
     const lodex::GuiServices services;
     lodex::MainWindow window;

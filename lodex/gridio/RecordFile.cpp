@@ -793,7 +793,7 @@ Layout layout_of(Type type)
     switch (type) {
     case Type::Integer: return {"INTE", 4, values_per_block, 6, 12};
     case Type::Real: return {"REAL", 4, values_per_block, 4, 17};
-    case Type::Double: return {"DOUB", 8, values_per_block, 3, 25};
+    case Type::Double: return {"DOUB", 8, values_per_block, 3, 23};
     case Type::Logical: return {"LOGI", 4, values_per_block, 25, 3};
     case Type::String: return {"CHAR", 8, strings_per_block, 7, 0};
     case Type::Message: break;
@@ -808,17 +808,52 @@ std::string padded(std::string_view text, std::size_t width)
     return result;
 }
 
-template <class T> std::string_view number_text(std::span<char> room, T value)
+/// The digits of a double so that they fit a column of 23 with a blank, as readers of fixed columns want it: the usual
+/// form, else without what the exponent can do without, else with a whole number before the exponent. Reads back as the
+/// same number in every form; the longest of all (negative, below 1e-83) may need a wider column.
+std::string double_text(double value)
 {
-    std::to_chars_result result{};
-    if constexpr (std::is_integral_v<T>) {
-        result = std::to_chars(room.data(), room.data() + room.size(), value);
-    } else {
-        constexpr int digits = std::numeric_limits<T>::max_digits10 - 1;
-        result = std::to_chars(room.data(), room.data() + room.size(), value, std::chars_format::scientific, digits);
-        std::replace(room.data(), result.ptr, 'e', sizeof(T) == 8 ? 'D' : 'E');
+    constexpr std::size_t longest = 22;
+    char room[longest_number];
+    const auto result = std::to_chars(std::begin(room), std::end(room), value, std::chars_format::scientific);
+    std::string text(room, result.ptr);
+    const std::size_t place = text.find('e');
+    if (place == std::string::npos) {
+        return text; // not finite
     }
-    return {room.data(), static_cast<std::size_t>(result.ptr - room.data())};
+    std::string digits = text.substr(0, place);
+    int exponent = 0;
+    const char* const first = text.data() + place + (text[place + 1] == '+' ? 2 : 1);
+    std::from_chars(first, text.data() + text.size(), exponent);
+    if (digits.find('.') == std::string::npos) {
+        digits += ".0";
+    }
+    text[place] = 'D';
+    text = digits + text.substr(place);
+    if (text.size() > longest) {
+        text = digits + 'D' + std::to_string(exponent);
+    }
+    if (text.size() > longest) {
+        const std::size_t point = digits.find('.');
+        exponent -= static_cast<int>(digits.size() - point - 1);
+        text = digits.erase(point, 1) + 'D' + std::to_string(exponent);
+    }
+    return text;
+}
+
+template <class T> std::string number_text(T value)
+{
+    if constexpr (std::is_same_v<T, double>) {
+        return double_text(value);
+    } else if constexpr (std::is_integral_v<T>) {
+        return std::to_string(value);
+    } else {
+        char room[longest_number];
+        constexpr int digits = std::numeric_limits<T>::max_digits10 - 1;
+        const auto result = std::to_chars(std::begin(room), std::end(room), value, std::chars_format::scientific, digits);
+        std::replace(std::begin(room), result.ptr, 'e', 'E');
+        return std::string(room, result.ptr);
+    }
 }
 
 } // namespace
@@ -834,7 +869,7 @@ void Writer::put_length(std::size_t bytes)
 void Writer::put_text(std::string_view text)
 {
     const Layout layout = layout_of(type_);
-    std::string line(layout.column > text.size() ? layout.column - text.size() : 1, ' ');
+    std::string line(std::max<std::size_t>(layout.column, text.size() + 1) - text.size(), ' ');
     line += text;
     if (++on_line_ == layout.per_line) {
         line += '\n';
@@ -895,12 +930,7 @@ template <class T> void Writer::put(std::span<const T> values)
         const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(block_left_, values.size()));
         if (formatted_) {
             for (const T value : values.first(part)) {
-                char room[longest_number];
-                if (type_ == Type::Logical) {
-                    put_text(value != T{} ? "T" : "F");
-                } else {
-                    put_text(number_text(std::span(room), value));
-                }
+                put_text(type_ == Type::Logical ? std::string(value != T{} ? "T" : "F") : number_text(value));
             }
         } else {
             char* const room = file_.reserve(part * sizeof(T));

@@ -134,6 +134,7 @@ private:
     }
     template <class T> void number(T value)
     {
+        column_ = 0;
         numbers(std::span<const T>(&value, 1));
         if (form_ == Form::Text) {
             file_.write("\n");

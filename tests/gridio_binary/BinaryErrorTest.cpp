@@ -405,7 +405,7 @@ TEST_F(BinaryError, CutAnywhere)
         }
     }
     std::mt19937 random(5);
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 60; ++i) {
         cuts.push_back(random() % good.size());
     }
     for (const std::size_t cut : cuts) {
@@ -416,7 +416,7 @@ TEST_F(BinaryError, CutAnywhere)
     // The rest of the formats have no end mark: what is cut within a record fails, what is cut between arrays may not.
     const std::string other = bgrdecl_bytes(SmallGrid({12, 10, 11})).reals("PORO", std::vector<float>(1320, 1)).bytes();
     const auto places = test::array_places(other);
-    for (std::size_t cut = 1; cut < other.size(); cut += 97) {
+    for (std::size_t cut = 1; cut < other.size(); cut += 397) {
         const bool between = std::any_of(places.begin(), places.end(), [cut](const auto& place) { return place.begin == cut; });
         if (!between) {
             EXPECT_NE(test::failure(BinaryGrdeclFormat(), folder.write("A.bgrdecl", other.substr(0, cut))), "") << cut;
@@ -462,7 +462,7 @@ TEST_F(BinaryError, RandomSurgery)
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
         const auto places = test::array_places(one.bytes);
-        for (int i = 0; i < 400; ++i) {
+        for (int i = 0; i < 250; ++i) {
             std::string bytes = one.bytes;
             const auto& place = places[random() % (places.size() - 1)];
             switch (i % 5) {
@@ -489,7 +489,7 @@ TEST_F(BinaryError, RandomSurgery)
             }
             expect_sane(*one.format, folder.write(one.name, bytes));
         }
-        for (int i = 0; i < 20; ++i) {
+        for (int i = 0; i < 10; ++i) {
             std::string noise(random() % 3000, ' ');
             for (char& c : noise) {
                 c = static_cast<char>(random());
@@ -559,7 +559,7 @@ TEST_F(BinaryError, Cancellation)
 
 TEST_F(BinaryError, OtherFilesAreNotTakenForThese)
 {
-    for (const std::string text : {std::string("SPECGRID\n1 1 1 1 F /\n"), std::string("'quoted' text"), std::string(5000, '\0'),
+    for (const std::string& text : {std::string("SPECGRID\n1 1 1 1 F /\n"), std::string("'quoted' text"), std::string(5000, '\0'),
                                    std::string("\0\0\0\x10", 4), RecordBytes().integers("SEQNUM", {1}).integers("INTEHEAD", {1}).bytes(),
                                    RecordBytes().strings("RESTART", {"x"}).bytes()}) {
         for (const GridFormat* format : {GridFormats::find("egrid"), GridFormats::find("init"), GridFormats::find("grid"),
@@ -568,8 +568,8 @@ TEST_F(BinaryError, OtherFilesAreNotTakenForThese)
             EXPECT_FALSE(format->recognises(text, "a.file")) << format->name() << ": " << text.substr(0, 20);
         }
     }
-    EXPECT_THROW(GridFormats::for_writing(folder / "A.INIT"), FileError);
-    EXPECT_THROW(GridFormats::for_writing(folder / "A.GRID"), FileError);
+    EXPECT_THROW((void)GridFormats::for_writing(folder / "A.INIT"), FileError);
+    EXPECT_THROW((void)GridFormats::for_writing(folder / "A.GRID"), FileError);
 }
 
 } // namespace

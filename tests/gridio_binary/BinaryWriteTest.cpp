@@ -162,7 +162,7 @@ TEST(BinaryWrite, WhatEgridCannotHoldIsTold)
           "no place for 2 stratigraphic units: Top unit, Base", "fault segment", "kept keyword", "property on nodes: NODES",
           "code names: Rock type", "property \"Rock type \"A\\B\"\" is written as Rock_typ",
           "property \"a_very_long_property_name\" is written as a_very_l", "property \"ALONGERNAME\" is written as ALONGERN",
-          "property \"COORD\" is written as COORD2", "properties' units: PORO", "undefined values are written as NaN: COORD"}) {
+          "property \"COORD\" is written as COORD2", "no place for 1 property's unit: PORO", "undefined values are written as NaN: COORD"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
     }
     EXPECT_EQ(text.find("ZCORN is rounded"), std::string::npos) << text;
@@ -266,7 +266,7 @@ TEST(BinaryWrite, UndefinedCodesStayApart)
     EXPECT_EQ(test::texts(written.messages).find("marks"), std::string::npos);
     const PropertyData read = EgridFormat().read(folder / "A.EGRID", {}).model.properties.at(0);
     EXPECT_EQ(read.no_data, -99999);
-    EXPECT_EQ(read.values, PropertyData{.values = std::vector<std::int32_t>{-999, -99999, -9999, 3}}.values);
+    EXPECT_EQ(std::get<2>(read.values), (std::vector<std::int32_t>{-999, -99999, -9999, 3}));
 
     model.properties[0].no_data = -999; // an active cell is undefined
     EXPECT_NE(test::texts(EgridFormat().write(model, folder / "A.EGRID", {}).messages).find("mark of undefined cells"),
@@ -376,7 +376,14 @@ std::optional<std::filesystem::path> program(const std::string& name)
     return {};
 }
 
-TEST(BinaryWrite, AnIndependentProgramReadsWhatIsWritten)
+/// Runs a program in a folder; what it printed is in the folder's "log".
+bool run(const test::TemporaryFolder& folder, const std::string& command)
+{
+    const int status = std::system(("cd '" + folder.path().string() + "' && " + command + " >log 2>&1").c_str());
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST(BinaryWrite, AnIndependentProgramConverts)
 {
     // convertECL rewrites unformatted files as formatted ones and back; it comes with libopm-common-bin.
     const auto converter = program("convertECL");
@@ -385,31 +392,58 @@ TEST(BinaryWrite, AnIndependentProgramReadsWhatIsWritten)
         return;
     }
     const test::TemporaryFolder folder;
-    const GridModel model = plain_model({11, 9, 7});
+    GridModel model = plain_model({11, 9, 7});
+    for (double& value : std::get<std::vector<double>>(model.properties[1].values)) {
+        value = -std::pow(value, 25); // seventeen digits with a sign and exponents of two
+    }
     EgridFormat().write(model, folder / "A.EGRID", {});
     EgridFormat().write(model, folder / "B.FEGRID", {});
-    const auto convert = [&](const std::string& file) {
-        const std::string command = "cd '" + folder.path().string() + "' && '" + converter->string() + "' " + file + " >"
-            + file + ".log 2>&1";
-        const int status = std::system(command.c_str());
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << file << ": " << test::file_text(folder / (file + ".log"));
-    };
     for (const std::string file : {"A.EGRID", "A.INIT", "B.FEGRID", "B.FINIT"}) {
-        convert(file);
+        EXPECT_TRUE(run(folder, "'" + converter->string() + "' " + file)) << file << ": " << test::file_text(folder / "log");
     }
-    EXPECT_TRUE(std::filesystem::exists(folder / "A.FEGRID"));
-    // Text to binary and back here: the very bytes that were written as binary.
-    EXPECT_EQ(test::file_text(folder / "B.EGRID"), test::file_text(folder / "A.EGRID"));
-    EXPECT_EQ(test::file_text(folder / "B.INIT"), test::file_text(folder / "A.INIT"));
-    // Binary to text: eight digits.
+    // Text to binary and back: the very bytes that were written as binary.
+    EXPECT_TRUE(test::file_text(folder / "B.EGRID") == test::file_text(folder / "A.EGRID"));
+    EXPECT_TRUE(test::file_text(folder / "B.INIT") == test::file_text(folder / "A.INIT"));
+    // Binary to text, which has eight digits.
     const GridModel text = EgridFormat().read(folder / "A.FEGRID", {}).model;
     EXPECT_EQ(text.size, model.size);
     EXPECT_EQ(text.active, model.active);
     EXPECT_EQ(text.properties.size(), model.properties.size());
     const auto expected = test::values_of(model.zcorn);
     const auto found = test::values_of(text.zcorn);
+    ASSERT_EQ(found.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
         ASSERT_NEAR(found[i], expected[i], 1e-5);
+    }
+}
+
+TEST(BinaryWrite, AnIndependentProgramFindsNoDifference)
+{
+    // compareECL, of the same package, compares corner coordinates, active cells and arrays of two models.
+    const auto comparer = program("compareECL");
+    const auto data = test::field_data();
+    if (!comparer || !data) {
+        std::cout << "compareECL or the field models are not there: nothing checked with them\n";
+        return;
+    }
+    const test::TemporaryFolder folder;
+    for (const std::string file : {"spe9/SPE9_CP_SHORT", "model1/FAULTS_MODEL_1"}) {
+        const auto original = *data / file;
+        auto path = original;
+        path += ".EGRID";
+        EgridFormat().write(EgridFormat().read(path, {}).model, folder / "A.EGRID", {});
+        const std::string cases = " A '" + original.string() + "' 0 0";
+        EXPECT_TRUE(run(folder, "'" + comparer->string() + "' -t EGRID" + cases)) << test::file_text(folder / "log");
+        for (const std::string name : {"PORV", "PORO", "PERMZ", "TRANX", "SATNUM", "EQLNUM"}) {
+            EXPECT_TRUE(run(folder, "'" + comparer->string() + "' -t INIT -k " + name + cases))
+                << name << ": " << test::file_text(folder / "log");
+        }
+        // That it would find one.
+        GridModel other = EgridFormat().read(path, {}).model;
+        other.zcorn.visit_mutable([](auto values) { values[0] -= 1; });
+        std::get<std::vector<float>>(other.properties[0].values)[0] += 1;
+        EgridFormat().write(other, folder / "A.EGRID", {});
+        EXPECT_FALSE(run(folder, "'" + comparer->string() + "' -t EGRID" + cases));
     }
 }
 

@@ -289,6 +289,32 @@ TEST(RecordFile, WrittenArraysReadBack)
     EXPECT_THROW(writer.begin("BIG", Type::Real, std::uint64_t{1} << 31, path), FileError);
 }
 
+TEST(RecordFile, TextKeepsItsColumns)
+{
+    // 17 columns for REAL, 23 for DOUB, with a blank before every number.
+    const test::TemporaryFolder folder;
+    const auto path = folder / "f";
+    const std::vector<double> doubles = {0, 1.5, -1.0 / 3, -1.2345678901234567e-12, 1.2345678901234567e+12,
+                                         -1.2345678901234567e+12, 1e100, -1.2345678901234567e-5};
+    const std::vector<float> reals = {0, -1.0F / 3, 1e-30F};
+    AtomicFile file(path);
+    Writer writer(file, true);
+    writer.begin("D", Type::Double, doubles.size(), path);
+    writer.put(std::span<const double>(doubles));
+    writer.begin("R", Type::Real, reals.size(), path);
+    writer.put(std::span<const float>(reals));
+    file.commit();
+    EXPECT_EQ(test::file_text(path), " 'D       '           8 'DOUB'\n"
+                                     "                0.0D+00                1.5D+00 -3.333333333333333D-01\n"
+                                     " -12345678901234567D-28 1.2345678901234568D+12 -1.2345678901234568D12\n"
+                                     "               1.0D+100 -1.2345678901234568D-5\n"
+                                     " 'R       '           3 'REAL'\n"
+                                     "   0.00000000E+00  -3.33333343E-01   1.00000000E-30\n");
+    Reader reader(path);
+    EXPECT_EQ(values<double>(reader, *reader.next()), doubles);
+    EXPECT_EQ(values<float>(reader, *reader.next()), reals);
+}
+
 TEST(RecordFile, ChangedWhileReading)
 {
     const test::TemporaryFolder folder;

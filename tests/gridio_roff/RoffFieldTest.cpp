@@ -306,8 +306,8 @@ INSTANTIATE_TEST_SUITE_P(Roff, TinyModel,
                                          "banal7_grid_params.roffasc", "emerald443_bigend.roff",
                                          "emerald443_litend.roff", "sixcells2.roff", "sixcells2.roffasc",
                                          "twocell.roff", "twocell.roff_asc"),
-                         [](const auto& info) {
-                             std::string name = info.param;
+                         [](const auto& file) {
+                             std::string name = file.param;
                              std::replace_if(
                                  name.begin(), name.end(),
                                  [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');

@@ -73,6 +73,8 @@ TEST_F(CompletionTest, VerbsOfAnObjectBehindItsName)
     EXPECT_EQ(words("lodex on SGrid Reek set_l"), Words({"set_layers"}));
     EXPECT_TRUE(offers("lodex on SGrid Reef top ", "set_layers")) << "a name of two words without quotes";
     EXPECT_EQ(words("lodex on Style Reek set "), Words({"attribute", "value"}));
+    EXPECT_EQ(words("lodex SGrid Reek set_l"), Words({"set_layers"})) << "the \"on\" may be left out";
+    EXPECT_TRUE(words("lodex on Nothing ").empty());
 }
 
 TEST_F(CompletionTest, ValuesThatTheDeclarationTells)
