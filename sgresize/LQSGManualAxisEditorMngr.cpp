@@ -158,15 +158,14 @@ void LQSGManualAxisEditorMngr::build_first_row(std::unique_ptr<LQSGSectionEditor
     const int row = table_->rowCount();
     table_->insertRow(row);
     editor->build(table_, row);
-    sections_.append(std::move(editor))->remove_button()->setEnabled(sections_.count() > 1);
+    sections_.append(std::move(editor));
+    enable_remove_buttons();
     fit_table();
 }
 
 void LQSGManualAxisEditorMngr::insert_row(LQSGSectionEditor* after, std::unique_ptr<LQSGSectionEditor> editor)
 {
     const int index = sections_.find(after);
-    if (index >= 0)
-        after->remove_button()->setEnabled(true);
     const int row = index >= 0 ? index + 1 : table_->rowCount();
     table_->insertRow(row);
     editor->build(table_, row);
@@ -175,6 +174,7 @@ void LQSGManualAxisEditorMngr::insert_row(LQSGSectionEditor* after, std::unique_
         editor->set_min(after->to_section());
     }
     LQSGSectionEditor* added = sections_.insert(row, std::move(editor));
+    enable_remove_buttons();
     fit_table();
     if (scroll_)
         scroll_->ensureVisible(0, table_->rowViewportPosition(row) + table_->rowHeight(row), 0, table_->rowHeight(row));
@@ -193,11 +193,16 @@ void LQSGManualAxisEditorMngr::remove_row(LQSGSectionEditor* editor)
     removed->release();
     table_->removeRow(index);
     removed.release()->deleteLater();
-    if (sections_.count() == 1)
-        section(0)->remove_button()->setEnabled(false);
+    enable_remove_buttons();
     fit_table();
     updatePaintedSections();
     updateCells();
+}
+
+void LQSGManualAxisEditorMngr::enable_remove_buttons() const
+{
+    for (int i = 0; i < sections_.count(); ++i)
+        section(i)->remove_button()->setEnabled(sections_.count() > 1);
 }
 
 void LQSGManualAxisEditorMngr::fit_table()

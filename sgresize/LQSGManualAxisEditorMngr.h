@@ -62,6 +62,8 @@ protected:
     void remove_row(LQSGSectionEditor* editor);
 
 private:
+    /// A row that is alone cannot be removed.
+    void enable_remove_buttons() const;
     void fit_table();
     void chain_tabs() const;
 

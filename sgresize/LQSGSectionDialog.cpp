@@ -45,8 +45,6 @@ LQSGSectionDialog::LQSGSectionDialog(bool builds_extension) : builds_extension_(
 
 LQSGSectionDialog::~LQSGSectionDialog() = default;
 
-void LQSGSectionDialog::updateCells() {}
-
 Lodex::XMShell* LQSGSectionDialog::open_shell(const Lodex::CString& name, const QString& title, const QString& banner,
                                               Lodex::Action* delete_action)
 {

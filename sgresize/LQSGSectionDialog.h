@@ -45,7 +45,7 @@ public:
     /// Paints the chosen sections on the source grid, when that is switched on.
     virtual void updatePaintedSections() = 0;
     /// Called whenever a row or the grid changes.
-    virtual void updateCells();
+    virtual void updateCells() = 0;
 
 public slots:
     virtual void on_sgrid_name_changed();

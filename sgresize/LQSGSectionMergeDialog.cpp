@@ -226,6 +226,8 @@ void LQSGSectionMergeDialog::updatePaintedSections()
     paint_sections(axis, triples.str(), count);
 }
 
+void LQSGSectionMergeDialog::updateCells() {}
+
 void LQSGSectionMergeDialog::write_lists(std::ostream& sections, std::ostream& properties) const
 {
     const long rows = axis_manager_->number_of_sections();

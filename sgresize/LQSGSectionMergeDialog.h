@@ -25,6 +25,8 @@ public:
 
     Lodex::XMShell* build_shell() override;
     void updatePaintedSections() override;
+    /// Shows nothing that depends on the numbers of cells.
+    void updateCells() override;
     /// Points the pick tools of the rows to the chosen axis.
     void update_pick_axis();
 

@@ -19,6 +19,9 @@ namespace lodex::roff {
 
 namespace {
 
+constexpr std::int64_t depth_columns = 64; ///< cells along I whose depths are spread together
+constexpr auto most_nodes = static_cast<std::size_t>(depth_columns + 1);
+
 std::uint64_t three_quarters_of_memory()
 {
     const long pages = ::sysconf(_SC_PHYS_PAGES);
@@ -385,7 +388,7 @@ void Reader::take_subgrids(const Tag& tag)
 /// Calls work(0) .. work(count - 1) on all threads and asks for progress between groups of them; `bytes` is what they read.
 template <class Work> void Reader::in_batches(std::int64_t count, std::uint64_t bytes, const Work& work)
 {
-    constexpr std::int64_t batch = 32;
+    constexpr std::int64_t batch = 16;
     std::uint64_t told = 0;
     for (std::int64_t first = 0; first < count; first += batch) {
         const std::int64_t end = std::min(first + batch, count);
@@ -862,90 +865,121 @@ template <class From, class To, class Combine>
 void Reader::spread_depths(const Key& key, std::span<To> to, const Combine& combine)
 {
     const auto [ni, nj, nk] = result_.model.size;
-    const std::int64_t tiles = (ni + 1 + tile_columns - 1) / tile_columns;
+    const std::int64_t tiles = (ni + depth_columns - 1) / depth_columns;
     // Rows of nodes that a thread loads at a time.
-    const std::int64_t rows = std::clamp<std::int64_t>(tile_values / tile_columns / (nk + 1), 1, nj + 1);
+    const std::int64_t rows = std::clamp<std::int64_t>(tile_values / depth_columns / (nk + 1), 1, nj + 1);
     const std::int64_t row_groups = (nj + 1 + rows - 1) / rows;
+    std::atomic<bool> bad{false};
     const auto work = [&, ni = ni, nj = nj, nk = nk](std::int64_t n) {
-        const std::int64_t i0 = n / row_groups * tile_columns;
-        const std::int64_t i1 = std::min(i0 + tile_columns, ni + 1);
+        // Cells i0 <= i < i1, whose corners fill whole cache lines, and the nodes on both sides of each.
+        const std::int64_t i0 = n / row_groups * depth_columns;
+        const std::int64_t i1 = std::min(i0 + depth_columns, ni);
         const std::int64_t j0 = n % row_groups * rows;
         const std::int64_t j1 = std::min(j0 + rows, nj + 1);
-        const auto width = static_cast<std::size_t>(i1 - i0);
+        const auto nodes = static_cast<std::size_t>(i1 - i0 + 1);
+        const auto corners = 2 * (nodes - 1);
+        const auto pillar_of = [i0, nj](std::size_t c, std::int64_t j) {
+            return static_cast<std::size_t>((i0 + static_cast<std::int64_t>(c)) * (nj + 1) + j);
+        };
         thread_local std::vector<From> buffer;
-        std::array<const From*, tile_columns> values{};
-        std::array<std::size_t, tile_columns + 1> room{};
-        for (std::size_t c = 0; c < width; ++c) {
-            const auto pillar = static_cast<std::size_t>((i0 + static_cast<std::int64_t>(c)) * (nj + 1));
-            room[c + 1] = room[c] + 16
-                + static_cast<std::size_t>(starts_[pillar + static_cast<std::size_t>(j1)]
-                                           - starts_[pillar + static_cast<std::size_t>(j0)]);
+        std::array<const From*, most_nodes> values{};
+        std::array<std::size_t, most_nodes + 1> room{};
+        for (std::size_t c = 0; c < nodes; ++c) {
+            // The odd 16 keep the columns apart in the cache.
+            room[c + 1] = room[c] + 16 + static_cast<std::size_t>(starts_[pillar_of(c, j1)] - starts_[pillar_of(c, j0)]);
         }
-        buffer.resize(room[width]);
-        for (std::size_t c = 0; c < width; ++c) {
-            const auto pillar = static_cast<std::size_t>((i0 + static_cast<std::int64_t>(c)) * (nj + 1) + j0);
-            values[c] = input_.load(key, static_cast<std::uint64_t>(starts_[pillar]), room[c + 1] - room[c] - 16,
-                                    buffer.data() + room[c]);
-        }
-        // Columns of corners that these nodes have: from the east side of cell i0 - 1 to the west side of cell i1 - 1.
-        const std::int64_t x0 = std::max<std::int64_t>(2 * i0 - 1, 0);
-        const std::int64_t x1 = std::min(2 * i1 - 1, 2 * ni);
-        const std::int64_t skip = x0 - (2 * i0 - 1);
-        const auto count = static_cast<std::size_t>(x1 - x0);
-        // Stored numbers of one row of nodes: below south, below north, above south, above north.
-        std::array<std::array<From, 2 * tile_columns>, 4> line;
-        std::array<const std::uint8_t*, tile_columns> split{};
-        for (std::int64_t j = j0; j < j1; ++j) {
-            for (std::size_t c = 0; c < width; ++c) {
-                split[c] = splits_.data() + ((i0 + static_cast<std::int64_t>(c)) * (nj + 1) + j) * (nk + 1);
+        buffer.resize(room[nodes]);
+        bool finite = true;
+        for (std::size_t c = 0; c < nodes; ++c) {
+            const std::size_t count = room[c + 1] - room[c] - 16;
+            values[c] = input_.load(key, static_cast<std::uint64_t>(starts_[pillar_of(c, j0)]), count, buffer.data() + room[c]);
+            for (std::size_t v = 0; v < count; ++v) {
+                finite &= std::fabs(values[c][v]) <= std::numeric_limits<From>::max();
             }
-            for (std::int64_t kk = 0; kk <= nk; ++kk) {
-                bool apart = false;
-                for (std::size_t c = 0; c < width; ++c) {
-                    const From* const v = values[c];
-                    const std::uint8_t s = split[c][kk];
-                    From sw = v[0];
-                    From se = sw;
-                    From nw = sw;
-                    From ne = sw;
-                    if (s >= 4) {
-                        se = v[1];
-                        nw = v[2];
-                        ne = v[3];
+        }
+        if (!finite) {
+            bad = true;
+            return;
+        }
+        // Stored numbers of a row of nodes: below south, below north, above south, above north. That of the first node's
+        // west side comes first and belongs to no cell here.
+        std::array<std::array<From, 2 * most_nodes>, 4> line;
+        const auto put = [&](std::size_t side, const From* from, std::int64_t j, std::int64_t kk) {
+            // Plane of corners below the nodes (tops of the cells there) or above them.
+            const std::int64_t z = 2 * (nk - kk) - (side < 2 ? 0 : 1);
+            const std::int64_t y = 2 * j - (side % 2 == 0 ? 1 : 0);
+            if (z < 0 || z >= 2 * nk || y < 0 || y >= 2 * nj) {
+                return;
+            }
+            To* const out = to.data() + (z * 2 * nj + y) * 2 * ni + 2 * i0;
+            if (corners == 2 * depth_columns) {
+                for (std::size_t x = 0; x < 2 * depth_columns; ++x) {
+                    combine(out[x], from[x]);
+                }
+            } else {
+                for (std::size_t x = 0; x < corners; ++x) {
+                    combine(out[x], from[x]);
+                }
+            }
+        };
+        // One level after the other: what is written lies close together then.
+        struct Row {
+            bool single = true; ///< one depth at each of its nodes
+            std::array<const From*, most_nodes> values{};
+            std::array<const std::uint8_t*, most_nodes> split{};
+        };
+        thread_local std::vector<Row> row_list;
+        row_list.assign(static_cast<std::size_t>(j1 - j0), {});
+        for (std::int64_t j = j0; j < j1; ++j) {
+            Row& row = row_list[static_cast<std::size_t>(j - j0)];
+            for (std::size_t c = 0; c < nodes; ++c) {
+                const std::size_t pillar = pillar_of(c, j);
+                row.values[c] = values[c] + (starts_[pillar] - starts_[pillar_of(c, j0)]);
+                row.split[c] = splits_.data() + pillar * static_cast<std::size_t>(nk + 1);
+                row.single = row.single && starts_[pillar + 1] - starts_[pillar] == nk + 1;
+            }
+        }
+        for (std::int64_t kk = 0; kk <= nk; ++kk) {
+            for (std::int64_t j = j0; j < j1; ++j) {
+                Row& row = row_list[static_cast<std::size_t>(j - j0)];
+                if (row.single) {
+                    for (std::size_t c = 0; c < nodes; ++c) {
+                        line[0][2 * c] = line[0][2 * c + 1] = row.values[c][kk];
                     }
-                    line[0][2 * c] = line[2][2 * c] = sw;
-                    line[0][2 * c + 1] = line[2][2 * c + 1] = se;
-                    line[1][2 * c] = line[3][2 * c] = nw;
-                    line[1][2 * c + 1] = line[3][2 * c + 1] = ne;
+                    for (std::size_t side = 0; side < 4; ++side) {
+                        put(side, line[0].data() + 1, j, kk);
+                    }
+                    continue;
+                }
+                bool apart = false;
+                for (std::size_t c = 0; c < nodes; ++c) {
+                    const From* const v = row.values[c];
+                    const std::uint8_t s = row.split[c][kk];
+                    const std::size_t step = s >= 4 ? 1 : 0;
+                    line[0][2 * c] = line[2][2 * c] = v[0];
+                    line[0][2 * c + 1] = line[2][2 * c + 1] = v[step];
+                    line[1][2 * c] = line[3][2 * c] = v[2 * step];
+                    line[1][2 * c + 1] = line[3][2 * c + 1] = v[3 * step];
                     if (s == 8 || s == 2) [[unlikely]] {
                         apart = true;
                         const From* const above = v + s / 2;
-                        const std::size_t step = s == 8 ? 1 : 0;
                         line[2][2 * c] = above[0];
                         line[2][2 * c + 1] = above[step];
                         line[3][2 * c] = above[2 * step];
                         line[3][2 * c + 1] = above[3 * step];
                     }
-                    values[c] = v + s;
+                    row.values[c] = v + s;
                 }
-                // Plane of corners below the nodes (tops of the cells there) and above them.
-                const std::int64_t plane = 2 * (nk - kk);
                 for (std::size_t side = 0; side < 4; ++side) {
-                    const std::int64_t z = side < 2 ? plane : plane - 1;
-                    const std::int64_t y = side % 2 == 0 ? 2 * j - 1 : 2 * j;
-                    if (z < 0 || z >= 2 * nk || y < 0 || y >= 2 * nj) {
-                        continue;
-                    }
-                    const From* const from = line[apart ? side : side % 2].data() + skip;
-                    To* const out = to.data() + (z * 2 * nj + y) * 2 * ni + x0;
-                    for (std::size_t x = 0; x < count; ++x) {
-                        combine(out[x], from[x]);
-                    }
+                    put(side, line[apart ? side : side % 2].data() + 1, j, kk);
                 }
             }
         }
     };
     in_batches(tiles * row_groups, key.count * sizeof(From), work);
+    if (bad) {
+        find_bad_number<From>(key);
+    }
 }
 
 /// True when 32 bits hold all values of an axis.
@@ -978,9 +1012,9 @@ template <class Stored> void Reader::fill_depths(const Key& key, const Key* rest
         using Depth = decltype(kind);
         claim(corners * sizeof(Depth));
         auto zcorn = make_array<Depth>(corners);
-        std::atomic<bool> bad{false};
         const Transform transform = transform_;
-        if (std::is_same_v<Depth, float> && transform.exact_in_float(depth_axis)) {
+        const bool exact = sizeof(Depth) >= sizeof(Stored) && transform.exact_in_float(depth_axis);
+        if (exact) {
             const auto sign = static_cast<Depth>(transform.scale[depth_axis]);
             spread_depths<Stored>(key, std::span(zcorn), [sign](Depth& depth, Stored stored) {
                 depth = static_cast<Depth>(stored) * sign;
@@ -995,20 +1029,11 @@ template <class Stored> void Reader::fill_depths(const Key& key, const Key* rest
                 depth = static_cast<Depth>(static_cast<double>(depth) + part);
             });
         }
-        constexpr std::size_t piece = 1 << 16;
-        in_batches(static_cast<std::int64_t>((corners + piece - 1) / piece), 0, [&](std::int64_t n) {
-            const std::size_t first = static_cast<std::size_t>(n) * piece;
-            const std::size_t end = std::min(corners, first + piece);
-            bool here = false;
-            for (std::size_t c = first; c < end; ++c) {
-                here |= !(std::fabs(zcorn[c]) <= std::numeric_limits<Depth>::max());
+        if (!exact || rest != nullptr) {
+            const bool finite = std::all_of(zcorn.begin(), zcorn.end(), [](Depth depth) { return std::isfinite(depth); });
+            if (!finite) {
+                input_.fail(key.place, "a depth is out of range");
             }
-            if (here) {
-                bad = true;
-            }
-        });
-        if (bad) {
-            find_bad_number<Stored>(key);
         }
         result_.model.zcorn = std::move(zcorn);
     };

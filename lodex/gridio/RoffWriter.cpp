@@ -6,6 +6,7 @@
 #include <lodex/gridio/RoffReader.h>
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <map>
 #include <set>
@@ -34,19 +35,20 @@ template <class T> bool same_bits(T a, T b)
     return std::memcmp(&a, &b, sizeof(T)) == 0;
 }
 
+constexpr std::int64_t most_columns = 64; ///< turned together
+
 /// Columns along I that are turned together so that the buffer stays small.
 std::int64_t slab_columns(std::int64_t values_per_column)
 {
-    return std::clamp<std::int64_t>(slab_values / values_per_column, 1, tile_columns);
+    return std::clamp<std::int64_t>(slab_values / values_per_column, 1, most_columns);
 }
 
-template <class Work> void for_each_row(std::int64_t count, const Work& work)
+/// Calls work(first, end) for parts of the rows along J on all threads.
+template <class Work> void for_rows(std::int64_t count, const Work& work)
 {
-    tbb::parallel_for(tbb::blocked_range<std::int64_t>(0, count, 4), [&work](const auto& range) {
-        for (std::int64_t n = range.begin(); n != range.end(); ++n) {
-            work(n);
-        }
-    });
+    constexpr std::int64_t rows = 8;
+    tbb::parallel_for(tbb::blocked_range<std::int64_t>(0, count, rows),
+                      [&work](const auto& range) { work(range.begin(), range.end()); });
 }
 
 class Writer {
@@ -367,10 +369,14 @@ template <class Depth> void Writer::find_splits(std::span<const Depth> zcorn)
     const auto [ni, nj, nk] = model_.size;
     splits_.resize(static_cast<std::size_t>(model_.pillars() * (nk + 1)));
     const std::int64_t columns = slab_columns((nj + 1) * (nk + 1));
+    std::atomic<bool> odd{false};
     for (std::int64_t i0 = 0; i0 <= ni; i0 += columns) {
         const std::int64_t i1 = std::min(i0 + columns, ni + 1);
-        for_each_row(nj + 1, [&, ni = ni, nj = nj, nk = nk](std::int64_t j) {
-            for (std::int64_t kk = 0; kk <= nk; ++kk) {
+        for_rows(nj + 1, [&, ni = ni, nj = nj, nk = nk](std::int64_t j0, std::int64_t j1) {
+            Depth none = 0;
+            for (std::int64_t n = 0; n < (nk + 1) * (j1 - j0); ++n) {
+                const std::int64_t kk = n / (j1 - j0);
+                const std::int64_t j = j0 + n % (j1 - j0);
                 const std::int64_t level = nk - kk;
                 // Corners that there are none of, at the outside, are those of the neighbour.
                 const Depth* const below = zcorn.data() + std::min(2 * level, 2 * nk - 1) * 4 * ni * nj;
@@ -384,6 +390,8 @@ template <class Depth> void Writer::find_splits(std::span<const Depth> zcorn)
                                                     below[north + east]};
                     const std::array<Depth, 4> a = {above[south + west], above[south + east], above[north + west],
                                                     above[north + east]};
+                    // Not 0 when one of them is not finite.
+                    none += (((b[0] + b[1]) + (b[2] + b[3])) + ((a[0] + a[1]) + (a[2] + a[3]))) * 0;
                     std::uint8_t split = 8;
                     if (std::memcmp(a.data(), b.data(), sizeof(a)) == 0) {
                         split = same_bits(a[0], a[1]) && same_bits(a[0], a[2]) && same_bits(a[0], a[3]) ? 1 : 4;
@@ -391,8 +399,19 @@ template <class Depth> void Writer::find_splits(std::span<const Depth> zcorn)
                     splits_[static_cast<std::size_t>((i * (nj + 1) + j) * (nk + 1) + kk)] = split;
                 }
             }
+            if (none != 0) {
+                odd = true;
+            }
         });
         tick((i1 - i0) * (nj + 1) * (nk + 1));
+    }
+    if (odd) {
+        for (std::size_t n = 0; n < zcorn.size(); ++n) {
+            if (!std::isfinite(zcorn[n])) {
+                fail("zcorn has the value " + shortest_text(zcorn[n]) + " at position " + std::to_string(n + 1)
+                     + ", expected a finite number");
+            }
+        }
     }
 }
 
@@ -409,34 +428,35 @@ void Writer::write_node_values(std::span<const Depth> zcorn, const Convert& conv
         const std::uint8_t* const splits = splits_.data() + i0 * (nj + 1) * (nk + 1);
         starts.assign(pillars + 1, 0);
         for (std::size_t p = 0; p < pillars; ++p) {
-            std::size_t sum = 0;
+            const std::uint8_t* const column = splits + p * static_cast<std::size_t>(nk + 1);
+            std::uint32_t sum = 0;
             for (std::int64_t kk = 0; kk <= nk; ++kk) {
-                sum += splits[p * static_cast<std::size_t>(nk + 1) + static_cast<std::size_t>(kk)];
+                sum += column[kk];
             }
             starts[p + 1] = starts[p] + sum;
         }
         buffer.resize(starts[pillars]);
-        for_each_row(nj + 1, [&, ni = ni, nj = nj, nk = nk](std::int64_t j) {
-            std::array<Stored*, tile_columns> out{};
-            std::array<const std::uint8_t*, tile_columns> split{};
-            for (std::int64_t i = i0; i < i1; ++i) {
-                const auto pillar = static_cast<std::size_t>((i - i0) * (nj + 1) + j);
-                out[static_cast<std::size_t>(i - i0)] = buffer.data() + starts[pillar];
-                split[static_cast<std::size_t>(i - i0)] = splits + pillar * static_cast<std::size_t>(nk + 1);
+        for_rows(nj + 1, [&, ni = ni, nj = nj, nk = nk](std::int64_t j0, std::int64_t j1) {
+            std::vector<Stored*> out;
+            for (std::int64_t j = j0; j < j1; ++j) {
+                for (std::int64_t i = i0; i < i1; ++i) {
+                    out.push_back(buffer.data() + starts[static_cast<std::size_t>((i - i0) * (nj + 1) + j)]);
+                }
             }
-            for (std::int64_t kk = 0; kk <= nk; ++kk) {
+            for (std::int64_t n = 0; n < (nk + 1) * (j1 - j0); ++n) {
+                const std::int64_t kk = n / (j1 - j0);
+                const std::int64_t j = j0 + n % (j1 - j0);
                 const std::int64_t level = nk - kk;
                 const Depth* const below = zcorn.data() + std::min(2 * level, 2 * nk - 1) * 4 * ni * nj;
                 const Depth* const above = zcorn.data() + std::max<std::int64_t>(2 * level - 1, 0) * 4 * ni * nj;
                 const std::int64_t south = std::max<std::int64_t>(2 * j - 1, 0) * 2 * ni;
                 const std::int64_t north = std::min(2 * j, 2 * nj - 1) * 2 * ni;
                 for (std::int64_t i = i0; i < i1; ++i) {
-                    const auto c = static_cast<std::size_t>(i - i0);
-                    Stored*& to = out[c];
+                    Stored*& to = out[static_cast<std::size_t>((j - j0) * (i1 - i0) + i - i0)];
                     const std::int64_t west = std::max<std::int64_t>(2 * i - 1, 0);
                     const std::int64_t east = std::min(2 * i, 2 * ni - 1);
                     *to++ = convert(below[south + west]);
-                    const std::uint8_t s = split[c][kk];
+                    const std::uint8_t s = splits[((i - i0) * (nj + 1) + j) * (nk + 1) + kk];
                     if (s >= 4) {
                         *to++ = convert(below[south + east]);
                         *to++ = convert(below[north + west]);
@@ -467,20 +487,15 @@ void Writer::write_depths()
         using Depth = typename std::decay_t<decltype(zcorn)>::value_type;
         bool as_float = true;
         double largest = 0;
-        for (std::size_t n = 0; n < zcorn.size(); ++n) {
-            const double value = zcorn[n];
-            if (!std::isfinite(value)) {
-                fail("zcorn has the value " + shortest_text(value) + " at position " + std::to_string(n + 1)
-                     + ", expected a finite number");
-            }
-            if constexpr (std::is_same_v<Depth, double>) {
+        find_splits(zcorn);
+        if constexpr (std::is_same_v<Depth, double>) {
+            for (const double value : zcorn) {
                 const auto part = static_cast<float>(value);
                 const double rest = value - static_cast<double>(part);
                 as_float = as_float && std::isfinite(part) && static_cast<double>(part) + rest == value;
                 largest = std::max(largest, std::fabs(rest));
             }
         }
-        find_splits(zcorn);
         split_sum_ = 0;
         for (const std::uint8_t split : splits_) {
             split_sum_ += split;
@@ -524,8 +539,10 @@ void Writer::write_cells(std::span<const From> values, const Convert& convert)
     std::vector<To> buffer(pitch * static_cast<std::size_t>(std::min(columns, ni)));
     for (std::int64_t i0 = 0; i0 < ni; i0 += columns) {
         const auto count = static_cast<std::size_t>(std::min(columns, ni - i0));
-        for_each_row(nj, [&, ni = ni, nj = nj, nk = nk](std::int64_t j) {
-            for (std::int64_t kk = 0; kk < nk; ++kk) {
+        for_rows(nj, [&, ni = ni, nj = nj, nk = nk](std::int64_t j0, std::int64_t j1) {
+            for (std::int64_t n = 0; n < nk * (j1 - j0); ++n) {
+                const std::int64_t kk = n / (j1 - j0);
+                const std::int64_t j = j0 + n % (j1 - j0);
                 const From* const from = values.data() + i0 + ni * (j + nj * (nk - 1 - kk));
                 To* const to = buffer.data() + j * nk + kk;
                 for (std::size_t i = 0; i < count; ++i) {

@@ -6,7 +6,9 @@
 
 #include <Lodex/geobase/GeobaseLib.h>
 #include <Lodex/geobase/Style.h>
+#include <Lodex/utils/COSNameList.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -56,6 +58,29 @@ inline void set_layers(lodex::CornerPointGrid* grid, const std::vector<int>& siz
 inline std::string painted_sections(const std::string& grid)
 {
     return lodex::find_grid(grid)->style()->attribute("*sections").str();
+}
+
+/// An object that is no grid, with items under every list key.
+class OtherObject : public Lodex::GObj {
+public:
+    explicit OtherObject(const std::string& name) : GObj(name) {}
+
+    [[nodiscard]] const Lodex::TypeId& type_id() const override
+    {
+        static constexpr Lodex::TypeId type("Other", nullptr);
+        return type;
+    }
+    void name_list(const Lodex::CString&, Lodex::COSNameList& names) const override
+    {
+        names.clear();
+        names.append("item");
+    }
+    [[nodiscard]] Lodex::Style* style() const override { return nullptr; }
+};
+
+inline void add_other_object(const std::string& name)
+{
+    Lodex::GeobaseLib::instance()->add(std::make_unique<OtherObject>(name));
 }
 
 /// Empties the catalogue when it goes.

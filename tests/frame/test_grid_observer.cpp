@@ -164,6 +164,18 @@ TEST_F(GridObserver, ANameWithoutAGridDetachesSilently)
     EXPECT_EQ(combo.count(), 0);
 }
 
+TEST_F(GridObserver, AnObjectThatIsNoGridCountsAsNone)
+{
+    add_box("G");
+    add_other_object("S");
+    LQMultiComboBox combo;
+    SGridObserver observer = properties_of(combo);
+    observer.update_gobj("G");
+    observer.update_gobj("S");
+    EXPECT_EQ(combo.count(), 0);
+    EXPECT_EQ(observer.observed(), nullptr);
+}
+
 TEST_F(GridObserver, CopiesFollowTheSameGrid)
 {
     auto* grid = add_box("G");

@@ -6,7 +6,6 @@
 #include <QFrame>
 #include <QGridLayout>
 #include <QLabel>
-#include <QStackedLayout>
 
 namespace {
 
@@ -53,6 +52,15 @@ TEST(UnusedName, NamesWithBlanksAndOtherLetters)
     QString name;
     EXPECT_TRUE(build_unused_name("Größe 1", name));
     EXPECT_EQ(name, QString::fromUtf8("Größe 1_0"));
+}
+
+TEST(UnusedName, ObjectsOfEveryTypeTakeTheirName)
+{
+    const CleanCatalogue catalogue;
+    add_other_object("A");
+    QString name;
+    EXPECT_TRUE(build_unused_name("A", name));
+    EXPECT_EQ(name, "A_0");
 }
 
 TEST(Separator, TitleAndRule)

@@ -66,7 +66,11 @@ protected:
     /// Opens the dialog on a grid (empty: on none) and shows the chosen axis.
     void open(const std::string& grid = "G", const char* axis = nullptr)
     {
-        dialog = new Kelvane::LQSGSectionMergeDialog;
+        open(new Kelvane::LQSGSectionMergeDialog, grid, axis);
+    }
+    void open(Kelvane::LQSGSectionMergeDialog* made, const std::string& grid = "G", const char* axis = nullptr)
+    {
+        dialog = made;
         shell = dialog->build_shell();
         if (!grid.empty()) {
             CommandStub stub{{"sgrid", grid}};

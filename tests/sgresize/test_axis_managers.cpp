@@ -406,6 +406,14 @@ TEST_F(MergeManager, ARowOfAnotherTableAddsAtTheEnd)
     EXPECT_EQ(row(1).from()->value(), 11);
 }
 
+TEST_F(MergeManager, ARowIsRemovableAsSoonAsItIsNotAlone)
+{
+    manager.add_section(nullptr, true);
+    ASSERT_EQ(manager.number_of_sections(), 2);
+    EXPECT_TRUE(row(0).remove()->isEnabled());
+    EXPECT_TRUE(row(1).remove()->isEnabled());
+}
+
 TEST_F(MergeManager, RemovingRows)
 {
     manager.update_manual_frame(41);

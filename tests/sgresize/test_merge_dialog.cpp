@@ -10,6 +10,7 @@
 #include <QSignalSpy>
 
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -476,7 +477,9 @@ TEST_F(MergeDialog, ProcessIsTrueWhateverTheHostDoes)
     EXPECT_TRUE(dialog->process());
     EXPECT_EQ(log.texts.size(), 1U);
     EXPECT_FALSE(errors().empty());
+    log.texts.clear();
     press("ok_button");
+    EXPECT_TRUE(log.take().starts_with("lodex sgrid_merge_multiple_sections name G sgrid G "));
     run_deferred_deletes();
     EXPECT_TRUE(shell.isNull());
 }
@@ -522,6 +525,82 @@ TEST_F(MergeDialog, Painting)
     EXPECT_EQ(log.texts.back(), begin + " 4 1 1 6 1 1 7 2 0 0 3 0 0" + end);
     EXPECT_TRUE(messages.entries.empty());
     EXPECT_EQ(painted_sections("G"), " 4 1 1 6 1 1 7 2 0 0 3 0 0");
+}
+
+TEST_F(MergeDialog, EveryBoundThatMovesIsPainted)
+{
+    open("G", "Axis K");
+    set_row(0, 1, 6, 3, 1);
+    find<QCheckBox>("paint_check_box_")->click();
+    log.texts.clear();
+    const auto painted = [](const char* value) {
+        return std::string("lodex on Style G set attribute *sections value \" ") + value +
+               "\" ;lodex on Style G update ;lodex update all cameras";
+    };
+    row(0).from()->setValue(2);
+    EXPECT_EQ(log.take(), painted("4 3 1 1 3 1 3 1 0 0 2 0 0"));
+    // From drags To along, and the step becomes as short as the run.
+    row(0).from()->setValue(7);
+    EXPECT_EQ(log.texts.back(), painted("4 3 1 6 3 1 7 1 0 0 2 0 0"));
+    row(0).to()->setValue(4);
+    EXPECT_EQ(log.texts.back(), painted("4 3 1 2 3 1 3 1 0 0 2 0 0"));
+}
+
+TEST_F(MergeDialog, ARowWithoutAGroupPaintsNothing)
+{
+    add_box("flat", {10, 10, 1});
+    open("flat", "Axis K");
+    find<QCheckBox>("paint_check_box_")->click();
+    EXPECT_EQ(log.take(), "lodex on Style flat set attribute *sections value \" 2 1 0 0 2 0 0\" ;"
+                          "lodex on Style flat update ;lodex update all cameras");
+}
+
+TEST_F(MergeDialog, AnotherGridOfTheSameSizeIsOnlyUnpainted)
+{
+    add_box("H", {10, 10, 10});
+    open("G", "Axis K");
+    find<QCheckBox>("paint_check_box_")->click();
+    const std::string before = painted_sections("G");
+    log.texts.clear();
+    find<Lodex::LQMultiComboBox>("gridSelector_")->setSelectedItems({"H"});
+    EXPECT_EQ(log.take(), "lodex on Style H set attribute *sections value \" 3 1 0 0 2 0 0 3 0 0\";"
+                          "lodex on Style H update ;lodex update all cameras");
+    EXPECT_EQ(painted_sections("G"), before);
+    EXPECT_TRUE(find<QCheckBox>("paint_check_box_")->isChecked());
+}
+
+/// Counts how often its cells are to be updated.
+class CountingDialog : public Kelvane::LQSGSectionMergeDialog {
+public:
+    void updateCells() override { ++updates; }
+    int updates = 0;
+};
+
+TEST_F(MergeDialog, EveryChangeOfTheRowsUpdatesTheCells)
+{
+    auto* counting = new CountingDialog;
+    open(counting);
+    const auto take = [counting] { return std::exchange(counting->updates, 0); };
+    take();
+    row(0).to()->setValue(8);
+    EXPECT_EQ(take(), 1);
+    row(0).from()->setValue(2);
+    EXPECT_EQ(take(), 1);
+    row(0).step()->setValue(3);
+    EXPECT_EQ(take(), 1);
+    row(0).property()->setValue(3);
+    EXPECT_EQ(take(), 0);
+    add_row(0);
+    EXPECT_EQ(take(), 1);
+    click(row(1).remove());
+    run_deferred_deletes();
+    EXPECT_EQ(take(), 1);
+    click(row(0).remove());
+    EXPECT_EQ(take(), 0);
+    find<QComboBox>("direction_")->setCurrentText("Axis J");
+    EXPECT_EQ(take(), 0);
+    find<Lodex::LQMultiComboBox>("gridSelector_")->setSelectedItems({});
+    EXPECT_EQ(take(), 1);
 }
 
 TEST_F(MergeDialog, PaintingWithoutAGridWarns)

@@ -139,19 +139,27 @@ TEST_F(SectionDialog, InitSelectsTheGrid)
 TEST_F(SectionDialog, InitWithoutAGridLeavesTheSelection)
 {
     add_box("G");
+    add_box("H");
+    add_other_object("S");
     open();
-    const QString before = selector()->currentText();
-    CommandStub nothing;
-    dialog->init(&nothing);
-    EXPECT_EQ(selector()->currentText(), before);
-    CommandStub unknown{{"sgrid", "nowhere"}};
-    dialog->init(&unknown);
-    EXPECT_EQ(selector()->currentText(), before);
-    CommandStub other{{"property", "G"}};
-    dialog->init(&other);
-    EXPECT_EQ(selector()->currentText(), before);
-    dialog->init(nullptr);
-    EXPECT_EQ(selector()->currentText(), before);
+    for (const char* before : {"", "H"}) {
+        selector()->setSelectedItems({before});
+        ASSERT_EQ(selector()->currentText(), before);
+        CommandStub nothing;
+        dialog->init(&nothing);
+        EXPECT_EQ(selector()->currentText(), before);
+        CommandStub unknown{{"sgrid", "nowhere"}};
+        dialog->init(&unknown);
+        EXPECT_EQ(selector()->currentText(), before);
+        CommandStub no_grid{{"sgrid", "S"}};
+        dialog->init(&no_grid);
+        EXPECT_EQ(selector()->currentText(), before);
+        CommandStub other{{"property", "G"}};
+        dialog->init(&other);
+        EXPECT_EQ(selector()->currentText(), before);
+        dialog->init(nullptr);
+        EXPECT_EQ(selector()->currentText(), before);
+    }
     EXPECT_TRUE(messages.entries.empty());
 }
 
@@ -204,12 +212,27 @@ TEST_F(SectionDialog, CheckAsksForTheNameThenTheGridThenItsExistence)
     EXPECT_TRUE(log.texts.empty());
 }
 
+TEST_F(SectionDialog, CheckLooksTheGridUpAnew)
+{
+    open();
+    find<QLineEdit>("new_grid_name_")->setText("New");
+    selector()->insertItem("late");
+    selector()->setSelectedItems({"late"});
+    ASSERT_EQ(dialog->get_sgrid(), nullptr);
+    const QSignalBlocker silent(selector());
+    const auto* grid = add_box("late");
+    ASSERT_EQ(selector()->currentText(), "late");
+    EXPECT_TRUE(dialog->check());
+    EXPECT_EQ(dialog->get_sgrid(), grid);
+}
+
 TEST_F(SectionDialog, AnotherGridIsLookedUpBeforeTheRestFollows)
 {
     add_box("G");
     open(true);
     selector()->setSelectedItems({"G"});
     EXPECT_EQ(dialog->calls, (Texts{"axis G", "cells"}));
+    EXPECT_EQ(dialog->property_list()->count(), 1);
     EXPECT_TRUE(log.texts.empty());
 }
 
@@ -376,6 +399,19 @@ TEST_F(SectionDialog, TheDialogsOwnObjectIsNeverShown)
     open();
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_NE(shell->widget(), dialog);
+}
+
+TEST_F(SectionDialog, TheWindowBelongsToTheActiveOne)
+{
+    QWidget top;
+    top.show();
+    top.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&top));
+    open();
+    EXPECT_EQ(shell->widget()->parentWidget(), &top);
+    shell->close();
+    run_deferred_deletes();
+    EXPECT_TRUE(dialog.isNull());
 }
 
 TEST_F(SectionDialog, AWindowThatGoesTakesTheDialogAlong)
