@@ -1,5 +1,5 @@
-// Speed of reading and writing EGRID with INIT and binary GRDECL, beside a copy of the same bytes with read() and write()
-// and beside plain read(), measured in the same run; and the memory that reading takes, beside the model.
+// Speed of reading and writing EGRID with INIT and binary GRDECL, beside a copy of the same bytes with read() and
+// write() and beside plain read(), measured in the same run; and the memory that reading takes, beside the model.
 //
 //     egrid_bench [NI NJ NK] [FOLDER]
 //
@@ -80,17 +80,12 @@ double model_bytes(const GridModel& model)
     return bytes;
 }
 
-/// Seconds of the quickest of five runs.
-template <class Work> double least_time(Work&& work)
+template <class Work> double seconds(Work&& work)
 {
-    double least = 1e300;
-    for (int run = 0; run < 5; ++run) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-        least = std::min(least, taken.count());
-    }
-    return least;
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    return taken.count();
 }
 
 /// Through a buffer; `to` empty: reads alone.
@@ -159,20 +154,26 @@ void measure(const std::filesystem::path& path, const std::vector<std::filesyste
     }
     auto target = path;
     target += ".copy";
-    // One after the other in every round, so that other work on the machine slows all of them.
-    const double copying = least_time([&] {
-        for (const auto& file : files) {
-            copy_file_bytes(file, target);
-        }
-    });
-    std::filesystem::remove(target);
-    const double plain = least_time([&] {
-        for (const auto& file : files) {
-            copy_file_bytes(file, {});
-        }
-    });
+    // One after the other in every round, so that other work on the machine slows all of them; the quickest counts.
+    double copying = 1e300;
+    double plain = 1e300;
+    double reading = 1e300;
     std::size_t properties = 0;
-    const double reading = least_time([&] { properties = format.read(path, {}).model.properties.size(); });
+    constexpr int rounds = 7;
+    for (int round = 0; round < rounds; ++round) {
+        copying = std::min(copying, seconds([&] {
+            for (const auto& file : files) {
+                copy_file_bytes(file, target);
+            }
+        }));
+        std::filesystem::remove(target);
+        plain = std::min(plain, seconds([&] {
+            for (const auto& file : files) {
+                copy_file_bytes(file, {});
+            }
+        }));
+        reading = std::min(reading, seconds([&] { properties = format.read(path, {}).model.properties.size(); }));
+    }
     std::printf("%s: %.1f MB, %zu properties\n", std::string(format.name()).c_str(), mega, properties);
     std::printf("  copy %.0f MB/s, plain read() %.0f MB/s\n", mega / copying, mega / plain);
     std::printf("  read %.0f MB/s: %.2f times the speed of the copy, %.2f of plain read()\n", mega / reading,

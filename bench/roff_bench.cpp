@@ -164,8 +164,8 @@ int peak(const char* path)
     const double before = kilo_bytes();
     const GridModel model = lodex::GridFormats::for_reading(path).read(path, {}).model;
     const double bytes = 1024 * (kilo_bytes() - before);
-    std::printf("    peak memory of reading %.0f MB, %.2f of the model's %.0f MB\n", bytes / 1e6, bytes / model_bytes(model),
-                model_bytes(model) / 1e6);
+    std::printf("    peak memory of reading %.0f MB, %.2f of the model's %.0f MB\n", bytes / 1e6,
+                bytes / model_bytes(model), model_bytes(model) / 1e6);
     return 0;
 }
 
@@ -186,8 +186,8 @@ int main(int argc, char** argv)
     const auto copy = path.string() + ".copy";
     try {
         const GridModel model = make_model(ni, nj, nk);
-        std::printf("%lld x %lld x %lld cells, %.0f MB in memory\n", static_cast<long long>(ni), static_cast<long long>(nj),
-                    static_cast<long long>(nk), model_bytes(model) / 1e6);
+        std::printf("%lld x %lld x %lld cells, %.0f MB in memory\n", static_cast<long long>(ni),
+                    static_cast<long long>(nj), static_cast<long long>(nk), model_bytes(model) / 1e6);
         for (const char* const name : {"roff", "roff_big_endian", "roff_text"}) {
             const lodex::GridFormat& format = *lodex::GridFormats::find(name);
             std::uint64_t bytes = 0;

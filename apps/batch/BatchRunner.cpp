@@ -41,7 +41,12 @@ public:
         std::string line = text.str();
         while (line.ends_with('\n'))
             line.pop_back();
-        messages_.push_back({{"level", levels[static_cast<std::size_t>(level)]}, {"text", line}});
+        ordered_json entry{{"level", levels[static_cast<std::size_t>(level)]}, {"text", line}};
+        if (const SourcePlace* place = Interpreter::instance().place()) {
+            entry["file"] = place->source.empty() ? "-c" : place->source;
+            entry["line"] = place->position.line;
+        }
+        messages_.push_back(std::move(entry));
     }
     [[nodiscard]] const ordered_json& messages() const { return messages_; }
 
@@ -133,15 +138,16 @@ ExitStatus run_batch(const BatchOptions& options)
 
     const MessageRecorder recorder;
     std::vector<Run> runs;
-    bool failed = false;
+    bool failed = false, cancelled = false;
     for (const auto& [source, text] : submissions) {
-        if (failed && !options.keep_going)
+        if (cancelled || (failed && !options.keep_going))
             break;
         Run run{source.empty() ? "-c" : source, {}};
         run.results = Interpreter::instance().run(text, {.source = source, .keep_going = options.keep_going});
         for (const StatementResult& result : run.results) {
             std::cout << result.answer;
             failed |= result.status != StatementStatus::Done;
+            cancelled |= result.status == StatementStatus::Cancelled;
         }
         runs.push_back(std::move(run));
     }

@@ -151,8 +151,9 @@ private:
             properties.push_back(std::move(property));
             return;
         }
-        log_.add("arrays that occur again",
-                 reader_->message(Message::Level::Warning, property.name + " occurs again and replaces the one before"));
+        log_.add(
+            "arrays that occur again",
+            reader_->message(Message::Level::Warning, property.name + " occurs again and replaces the one before"));
         *same = std::move(property);
     }
 

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <limits>
 
 namespace lodex {
 
@@ -160,7 +160,10 @@ private:
     void end_grid()
     {
         if (!size_known_ || !has_coord_ || !has_zcorn_) {
-            reader_->fail(std::string("stands before ") + (!size_known_ ? "GRIDHEAD" : !has_coord_ ? "COORD" : "ZCORN"));
+            reader_->fail(std::string("stands before ")
+                          + (!size_known_  ? "GRIDHEAD"
+                             : !has_coord_ ? "COORD"
+                                           : "ZCORN"));
         }
         if (!has_flags_ && !options_.properties_only) {
             const auto cells = static_cast<std::uint64_t>(model_->cells());
@@ -361,7 +364,8 @@ void write_init(const GridModel& model, const KeywordNames& names, const std::ve
     for (std::size_t i = 0; i < model.properties.size(); ++i) {
         if (!names[i].empty()) {
             write_property(writer, names[i], model.properties[i],
-                           active_only[i] ? std::span<const std::uint8_t>(model.active) : std::span<const std::uint8_t>{},
+                           active_only[i] ? std::span<const std::uint8_t>(model.active)
+                                          : std::span<const std::uint8_t>{},
                            path, progress);
         }
     }
@@ -431,13 +435,15 @@ WriteResult EgridFormat::write(const GridModel& model, const std::filesystem::pa
         result.bytes = grid.size() + init.size();
         init.commit();
         grid.commit();
-        log.add("companions", {Message::Level::Info, to_utf8(init_path.string()), 0, "written with it: the properties"});
+        log.add("companions",
+                {Message::Level::Info, to_utf8(init_path.string()), 0, "written with it: the properties"});
     } else {
         result.bytes = grid.size();
         grid.commit();
         if (const auto other = find_init(path, formatted)) {
-            log.add("companions", {Message::Level::Warning, to_utf8(other->string()), 0,
-                                   "stands beside a grid that was written without properties and may not belong to it"});
+            log.add("companions",
+                    {Message::Level::Warning, to_utf8(other->string()), 0,
+                     "stands beside a grid that was written without properties and may not belong to it"});
         }
     }
     result.messages = log.take();

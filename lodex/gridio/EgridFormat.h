@@ -11,12 +11,12 @@ namespace lodex {
 /// the same name beside them.
 ///
 /// Coordinates and depths are those of the file, in its own units; MAPAXES is kept, not applied. Local refinements and
-/// connections between cells that are no neighbours are left out, with a message that counts them. Dual porosity: a cell
-/// is active when its matrix is.
+/// connections between cells that are no neighbours are left out, with a message that counts them. Dual porosity: a
+/// cell is active when its matrix is.
 ///
-/// Writing. Unformatted and big-endian; as text when the file's ending is .fegrid. When there are properties the INIT (or
-/// FINIT) is written as well: an array of the active cells when the other cells hold nothing, else of all cells. What the
-/// format cannot hold is told in WriteResult::messages.
+/// Writing. Unformatted and big-endian; as text when the file's ending is .fegrid. When there are properties the INIT
+/// (or FINIT) is written as well: an array of the active cells when the other cells hold nothing, else of all cells.
+/// What the format cannot hold is told in WriteResult::messages.
 class EgridFormat : public GridFormat {
 public:
     [[nodiscard]] std::string_view name() const override { return "egrid"; }

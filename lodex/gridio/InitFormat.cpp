@@ -50,7 +50,8 @@ ReadResult InitFormat::read(const std::filesystem::path& path, const ReadOptions
         : std::array<std::string_view, 4>{".EGRID", ".FEGRID", ".GRID", ".FGRID"};
     const auto grid = records::find_beside(path, grids);
     if (!grid) {
-        throw FileError(path.string(), 0, "holds properties without a grid, and there is no EGRID of the same name beside it");
+        throw FileError(path.string(), 0,
+                        "holds properties without a grid, and there is no EGRID of the same name beside it");
     }
     const GridFormat& format = GridFormats::for_reading(*grid);
     if (format.name() == EgridFormat().name()) {
@@ -59,7 +60,8 @@ ReadResult InitFormat::read(const std::filesystem::path& path, const ReadOptions
     if (format.name() == OldGridFormat().name()) {
         return old_grid::read({*grid, {}}, source, options);
     }
-    throw FileError(grid->string(), 0, "is no EGRID, as its name and " + path.filename().string() + " beside it ask for");
+    throw FileError(grid->string(), 0,
+                    "is no EGRID, as its name and " + path.filename().string() + " beside it ask for");
 }
 
 namespace records {
@@ -109,7 +111,8 @@ std::vector<std::uint8_t> flags_of_file(const Source& source, std::uint64_t cell
 
 class InitReader {
 public:
-    InitReader(const Source& source, const InitGrid& grid, ProgressCheck progress, MemoryBudget& budget, MessageLog& log)
+    InitReader(const Source& source, const InitGrid& grid, ProgressCheck progress, MemoryBudget& budget,
+               MessageLog& log)
         : source_(source), grid_(grid), budget_(budget), log_(log), reader_(source.open(std::move(progress)))
     {
         budget_.add_file(reader_->file_bytes());
@@ -172,7 +175,8 @@ private:
     {
         const std::uint64_t known = count_active(grid_.active);
         if (!grid_.active.empty() && grid_.active.size() != cells_) {
-            return refuse("states " + std::to_string(cells_) + " cells, expected " + std::to_string(grid_.active.size()));
+            return refuse("states " + std::to_string(cells_) + " cells, expected "
+                          + std::to_string(grid_.active.size()));
         }
         if (!grid_.active.empty() && (known == stated_active_ || (dual_ && known <= stated_active_))) {
             flags_ = grid_.active;
@@ -195,7 +199,8 @@ private:
             return true;
         }
         if (!grid_.active.empty()) {
-            return refuse("states " + std::to_string(stated_active_) + " active cells, expected " + std::to_string(known));
+            return refuse("states " + std::to_string(stated_active_) + " active cells, expected "
+                          + std::to_string(known));
         }
         return true; // an error once there are values of active cells
     }
@@ -229,15 +234,17 @@ private:
         const bool of_active = header.count == stated_active_ || (!flags_.empty() && dual_ && header.count == matrix());
         if (!all && !of_active) {
             if (is_cell_array(header.name)) {
-                reader_->fail("has " + std::to_string(header.count) + " values, expected " + std::to_string(stated_active_)
-                              + " (active cells) or " + std::to_string(cells_) + " (all cells)");
+                reader_->fail("has " + std::to_string(header.count) + " values, expected "
+                              + std::to_string(stated_active_) + " (active cells) or " + std::to_string(cells_)
+                              + " (all cells)");
             }
             passed_.add(header);
             return;
         }
         if (!names_.insert(header.name).second) {
-            log_.add("arrays that occur again", reader_->message(Message::Level::Warning,
-                                                                 to_utf8(header.name) + " occurs again; the first is taken"));
+            log_.add(
+                "arrays that occur again",
+                reader_->message(Message::Level::Warning, to_utf8(header.name) + " occurs again; the first is taken"));
             return;
         }
         fractures_ = fractures_ || (dual_ && header.count != matrix() && header.count != cells_);
@@ -270,8 +277,9 @@ private:
                                                + (refinements_ == 1 ? " local refinement" : " local refinements")});
         }
         if (fractures_) {
-            log_.add("fracture values", {Message::Level::Info, to_utf8(reader_->file()), 0,
-                                         "dual porosity: values of the matrix are taken, those of the fracture left out"});
+            log_.add("fracture values",
+                     {Message::Level::Info, to_utf8(reader_->file()), 0,
+                      "dual porosity: values of the matrix are taken, those of the fracture left out"});
         }
     }
 

@@ -3,6 +3,7 @@
 #include "FileError.h"
 #include "lodex/utils/Numbers.h"
 
+#include <algorithm>
 #include <cctype>
 #include <fstream>
 #include <optional>
@@ -78,6 +79,19 @@ private:
     std::size_t at_ = 0;
 };
 
+/// The line up to "--" or "#", which count as text in the quoted name that a line may begin with.
+std::string_view without_comment(std::string_view line)
+{
+    std::size_t from = 0;
+    while (from < line.size() && std::isspace(static_cast<unsigned char>(line[from])))
+        ++from;
+    if (from < line.size() && (line[from] == '\'' || line[from] == '"')) {
+        const std::size_t close = line.find(line[from], from + 1);
+        from = close == std::string_view::npos ? 0 : close + 1;
+    }
+    return line.substr(0, std::min(line.find("--", from), line.find('#', from)));
+}
+
 } // namespace
 
 LayerFile read_layer_file(const std::filesystem::path& path)
@@ -90,9 +104,7 @@ LayerFile read_layer_file(const std::filesystem::path& path)
     std::int64_t number = 0;
     for (std::string line; std::getline(in, line);) {
         ++number;
-        std::string_view text(line);
-        text = text.substr(0, std::min(text.find("--"), text.find('#')));
-        LineReader reader(text);
+        LineReader reader(without_comment(line));
         reader.skip_blanks();
         if (reader.at_end())
             continue;
@@ -102,9 +114,11 @@ LayerFile read_layer_file(const std::filesystem::path& path)
         const auto last = reader.number();
         if (unit.empty() || !first || !dash || !last)
             throw FileError(path.string(), number, "expected a unit and its K layers, such as 'Upper' 1 - 5");
-        if (*first != next || *last < *first) {
+        constexpr long most_layers = 1'000'000'000; // far above any grid, far below where sums overflow
+        if (*first != next || *last < *first || *last > most_layers) {
             throw FileError(path.string(), number, "the K layers are " + std::to_string(*first) + " - " + std::to_string(*last) +
-                                                       "; expected a range that begins at " + std::to_string(next));
+                                                       "; expected a range that begins at " + std::to_string(next) +
+                                                       (*last > most_layers ? " and ends within a grid" : ""));
         }
         result.units.push_back(unit);
         result.sizes.push_back(*last - *first + 1);

@@ -59,8 +59,8 @@ public:
 private:
     static std::string cell_text(const GridSize& cell)
     {
-        return "(" + std::to_string(cell[0] + 1) + ", " + std::to_string(cell[1] + 1) + ", " + std::to_string(cell[2] + 1)
-            + ")";
+        return "(" + std::to_string(cell[0] + 1) + ", " + std::to_string(cell[1] + 1) + ", "
+               + std::to_string(cell[2] + 1) + ")";
     }
 
     void read_record(const Header& header)
@@ -169,7 +169,8 @@ private:
         for (std::size_t corner = 0; corner < 8; ++corner) {
             const float* const point = numbers.data() + 3 * corner;
             if (!std::isfinite(point[0]) || !std::isfinite(point[1]) || !std::isfinite(point[2])) {
-                reader_->fail("corner " + std::to_string(corner + 1) + " of cell " + cell_text(cell) + " is not finite");
+                reader_->fail("corner " + std::to_string(corner + 1) + " of cell " + cell_text(cell)
+                              + " is not finite");
             }
             zcorn_[depth_index(cell, corner)] = point[2];
             add_point(pillar_index(cell, corner), point);
@@ -187,7 +188,8 @@ private:
     [[nodiscard]] std::size_t pillar_index(const GridSize& cell, std::size_t corner) const
     {
         return static_cast<std::size_t>(cell[0] + static_cast<std::int64_t>(corner & 1)
-                                        + (model_->size[0] + 1) * (cell[1] + static_cast<std::int64_t>(corner >> 1 & 1)));
+                                        + (model_->size[0] + 1)
+                                              * (cell[1] + static_cast<std::int64_t>(corner >> 1 & 1)));
     }
 
     /// Lets the pillar reach to the point; the point, or the end that it replaces, has to stand on the line.
@@ -329,14 +331,16 @@ private:
         };
         if (const auto missing = seen_.size() - listed_; missing > 0) {
             add(Message::Level::Info, "cells not listed",
-                std::to_string(missing) + " of " + std::to_string(seen_.size()) + " cells are not listed: they are inactive");
+                std::to_string(missing) + " of " + std::to_string(seen_.size())
+                    + " cells are not listed: they are inactive");
         }
         if (points_off_ > 0) {
             char text[32];
             std::snprintf(text, sizeof text, "%.3g", largest_off_);
             add(Message::Level::Warning, "pillars",
-                std::to_string(points_off_) + " corner points do not stand on a straight pillar; the largest distance is "
-                    + text + "; the pillars run from the highest to the deepest point");
+                std::to_string(points_off_)
+                    + " corner points do not stand on a straight pillar; the largest distance is " + text
+                    + "; the pillars run from the highest to the deepest point");
         }
         if (refinements_ > 0 || connections_ > 0) {
             add(Message::Level::Info, "things left out",

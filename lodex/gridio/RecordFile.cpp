@@ -355,7 +355,8 @@ void Reader::tick()
 {
     if (progress_ && position() >= next_tick_) {
         next_tick_ = position() + tick_bytes;
-        if (!progress_(static_cast<double>(position()) / static_cast<double>(std::max<std::uint64_t>(file_bytes_, 1)))) {
+        if (!progress_(static_cast<double>(position())
+                       / static_cast<double>(std::max<std::uint64_t>(file_bytes_, 1)))) {
             throw Cancelled{};
         }
     }
@@ -478,8 +479,8 @@ std::optional<Header> Reader::next_binary()
     header_ = header;
     const std::uint64_t rest = file_bytes_ - position();
     if (header.width > 0 && header.count > rest / header.width) {
-        fail(std::to_string(header.count) + " values of " + std::to_string(header.width) + " bytes, but the file has only "
-             + std::to_string(rest) + " bytes behind the header");
+        fail(std::to_string(header.count) + " values of " + std::to_string(header.width)
+             + " bytes, but the file has only " + std::to_string(rest) + " bytes behind the header");
     }
     left_ = header.width > 0 ? header.count : 0;
     block_left_ = 0;
@@ -747,7 +748,8 @@ template <class T> T Reader::number(std::string_view text) const
         // Fortran: exponents behind a D, or behind nothing when they have three digits.
         std::string plain;
         for (const char c : text) {
-            const bool digit_before = !plain.empty() && ((plain.back() >= '0' && plain.back() <= '9') || plain.back() == '.');
+            const bool digit_before
+                = !plain.empty() && ((plain.back() >= '0' && plain.back() <= '9') || plain.back() == '.');
             if (c == 'D' || c == 'd') {
                 plain += 'E';
             } else if ((c == '+' || c == '-') && digit_before) {
@@ -772,7 +774,8 @@ template <class T> T Reader::number(std::string_view text) const
             }
         }
     }
-    fail_here(in_quotes(word) + (error == std::errc::result_out_of_range ? " is beyond the range of " : " is not a number of ")
+    fail_here(in_quotes(word)
+              + (error == std::errc::result_out_of_range ? " is beyond the range of " : " is not a number of ")
               + (header_.type_name.empty() ? "type INTE" : "type " + header_.type_name));
 }
 
@@ -850,7 +853,8 @@ template <class T> std::string number_text(T value)
     } else {
         char room[longest_number];
         constexpr int digits = std::numeric_limits<T>::max_digits10 - 1;
-        const auto result = std::to_chars(std::begin(room), std::end(room), value, std::chars_format::scientific, digits);
+        const auto result
+            = std::to_chars(std::begin(room), std::end(room), value, std::chars_format::scientific, digits);
         std::replace(std::begin(room), result.ptr, 'e', 'E');
         return std::string(room, result.ptr);
     }

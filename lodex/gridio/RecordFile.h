@@ -16,10 +16,10 @@
 
 /// Files of keyworded arrays as Fortran programs of reservoir engineering write them.
 ///
-/// Unformatted: every array is a header record (name of 8 characters, number of values in 32 bits, type of 4 characters)
-/// and records of up to 1000 values (105 strings); every record stands between two copies of its length in bytes, in 32
-/// bits. Numbers are big-endian; a file that is little-endian throughout is read as well. Formatted: the same as text,
-/// names and strings in single quotes.
+/// Unformatted: every array is a header record (name of 8 characters, number of values in 32 bits, type of 4
+/// characters) and records of up to 1000 values (105 strings); every record stands between two copies of its length in
+/// bytes, in 32 bits. Numbers are big-endian; a file that is little-endian throughout is read as well. Formatted: the
+/// same as text, names and strings in single quotes.
 namespace lodex::records {
 
 enum class Type { Integer, Real, Double, Logical, String, Message };
@@ -35,14 +35,15 @@ struct Header {
     std::int64_t line = 0;   ///< 1-based line of the header; 0 in an unformatted file
 };
 
-/// The headers at the beginning of a file of which only the first bytes are known; empty when they are not of such a file.
+/// The headers at the beginning of a file of which only the first bytes are known; empty when they are not of such a
+/// file.
 [[nodiscard]] std::vector<Header> peek_headers(std::string_view head);
 
 /// Reads such a file from front to end through a buffer of fixed size.
 ///
 /// All functions throw FileError with the file, the line or the byte, the array and the reason, and Cancelled.
-/// A header is refused when the rest of the file is too short for its values, so that memory for the values of one array
-/// is never more than four times the file.
+/// A header is refused when the rest of the file is too short for its values, so that memory for the values of one
+/// array is never more than four times the file.
 class Reader {
 public:
     /// Opens a file. progress is called with 0 to 1 for front to end of this file, about every megabyte.
@@ -60,8 +61,8 @@ public:
     /// The next array; steps over values of the one before that were not read. Nothing at the end of the file.
     [[nodiscard]] std::optional<Header> next();
 
-    /// The next values of the current array, as many as are left and fit: the number read, 0 at its end. float for REAL,
-    /// double for DOUB, int32 for INTE; the caller has checked the type.
+    /// The next values of the current array, as many as are left and fit: the number read, 0 at its end. float for
+    /// REAL, double for DOUB, int32 for INTE; the caller has checked the type.
     template <class T> std::size_t read(std::span<T> values);
     /// All values of the current array as strings without blanks at their ends; for short arrays of type String.
     [[nodiscard]] std::vector<std::string> read_strings();

@@ -20,12 +20,11 @@ constexpr std::size_t chunk = 4096; ///< values that are converted at a time, we
 
 constexpr std::string_view plain_headers[] = {"INTEHEAD", "LOGIHEAD", "DOUBHEAD", "FILEHEAD", "GRIDHEAD",
                                               "ENDGRID",  "DIMENS",   "SPECGRID", "COORDSYS"};
-constexpr std::string_view never_properties[] = {"TABDIMS", "TAB",      "CON",      "TRANNNC",  "TRANGL",   "TRANLL",
-                                                 "NNCHEAD", "NNC1",     "NNC2",     "NNCL",     "NNCG",     "NNCHEADA",
-                                                 "NNA1",    "NNA2",     "LGR",      "LGRNAMES", "ENDLGR",   "LGRPARNT",
-                                                 "LGRSGRID", "ACTNUM",  "COORD",    "ZCORN",    "MAPAXES",  "MAPUNITS",
-                                                 "GRIDUNIT", "GDORIENT", "COORDS",  "CORNERS",  "HOSTNUM",  "LGRHEADI",
-                                                 "LGRHEADQ", "LGRHEADD", "NNCHEAD1", "AQUIFERN", "AQUIFERA", "FAULTNAM"};
+constexpr std::string_view never_properties[]
+    = {"TABDIMS",  "TAB",     "CON",      "TRANNNC",  "TRANGL",   "TRANLL",   "NNCHEAD",  "NNC1",     "NNC2",
+       "NNCL",     "NNCG",    "NNCHEADA", "NNA1",     "NNA2",     "LGR",      "LGRNAMES", "ENDLGR",   "LGRPARNT",
+       "LGRSGRID", "ACTNUM",  "COORD",    "ZCORN",    "MAPAXES",  "MAPUNITS", "GRIDUNIT", "GDORIENT", "COORDS",
+       "CORNERS",  "HOSTNUM", "LGRHEADI", "LGRHEADQ", "LGRHEADD", "NNCHEAD1", "AQUIFERN", "AQUIFERA", "FAULTNAM"};
 
 template <class Names> bool contains(const Names& names, std::string_view name)
 {
@@ -37,7 +36,8 @@ std::uint64_t three_quarters_of_memory()
     const long pages = ::sysconf(_SC_PHYS_PAGES);
     const long page = ::sysconf(_SC_PAGESIZE);
     constexpr std::uint64_t fallback = std::uint64_t{1} << 32;
-    return pages > 0 && page > 0 ? static_cast<std::uint64_t>(pages) / 4 * 3 * static_cast<std::uint64_t>(page) : fallback;
+    return pages > 0 && page > 0 ? static_cast<std::uint64_t>(pages) / 4 * 3 * static_cast<std::uint64_t>(page)
+                                 : fallback;
 }
 
 std::string counted(std::uint64_t count, const char* one, const char* many)
@@ -79,7 +79,8 @@ template <class T> std::vector<T> reserved_array(std::size_t count)
     if (count * sizeof(T) >= large) {
         const auto first = (reinterpret_cast<std::uintptr_t>(array.data()) + page - 1) / page * page;
         const auto last = reinterpret_cast<std::uintptr_t>(array.data() + count) / page * page;
-        (void)::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE); // advice: its failure costs time only
+        // Advice: its failure costs time only.
+        (void)::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
     }
 #endif
     return array;
@@ -231,9 +232,9 @@ bool read_frame(Reader& reader, const Header& header, GridFrame& frame, MessageL
             for (const std::string& value : values) {
                 text += ' ' + value;
             }
-            log.add("directions of the axes", reader.message(Message::Level::Warning,
-                                                             "GDORIENT" + text + " is not applied; the grid is taken as "
-                                                                 + "the coordinates state it, depth downwards"));
+            log.add("directions of the axes",
+                    reader.message(Message::Level::Warning, "GDORIENT" + text + " is not applied; the grid is taken as "
+                                                                + "the coordinates state it, depth downwards"));
         }
     } else {
         return false;
@@ -294,7 +295,8 @@ template <class T> RealArray read_reals_as(Reader& reader, const Header& header,
 
 } // namespace
 
-RealArray read_reals(Reader& reader, const Header& header, std::uint64_t expected, MemoryBudget& budget, MessageLog& log)
+RealArray read_reals(Reader& reader, const Header& header, std::uint64_t expected, MemoryBudget& budget,
+                     MessageLog& log)
 {
     if (header.type != Type::Real && header.type != Type::Double) {
         reader.fail("is of type " + header.type_name + ", expected REAL");
@@ -323,7 +325,8 @@ ActiveFlags read_flags(Reader& reader, const Header& header, std::uint64_t cells
     constexpr std::int32_t largest = 3;
     while (flags.active.size() < cells) {
         const std::size_t first = flags.active.size();
-        const auto part = std::span(values).first(std::min<std::size_t>(chunk, static_cast<std::size_t>(cells) - first));
+        const auto part
+            = std::span(values).first(std::min<std::size_t>(chunk, static_cast<std::size_t>(cells) - first));
         if (reader.read(part) != part.size()) {
             reader.fail("has fewer values than its header states");
         }
@@ -334,7 +337,8 @@ ActiveFlags read_flags(Reader& reader, const Header& header, std::uint64_t cells
             bits |= static_cast<std::uint32_t>(value);
         }
         if (bits > static_cast<std::uint32_t>(largest)) {
-            const auto bad = std::find_if(part.begin(), part.end(), [](auto value) { return value < 0 || value > largest; });
+            const auto bad
+                = std::find_if(part.begin(), part.end(), [](auto value) { return value < 0 || value > largest; });
             reader.fail("value " + std::to_string(first + static_cast<std::size_t>(bad - part.begin()) + 1) + " is "
                         + std::to_string(*bad) + ", expected 0 to 3");
         }
@@ -542,9 +546,10 @@ void KeywordNames::tell(MessageLog& log, const std::vector<PropertyData>& proper
 {
     for (std::size_t i = 0; i < properties.size(); ++i) {
         if (!names_[i].empty() && names_[i] != properties[i].name) {
-            log.add("properties under other names", {Message::Level::Warning, "", 0,
-                                                     "property \"" + properties[i].name + "\" is written as " + names_[i]
-                                                         + ": names have up to 8 characters and differ from the format's own"});
+            log.add("properties under other names",
+                    {Message::Level::Warning, "", 0,
+                     "property \"" + properties[i].name + "\" is written as " + names_[i]
+                         + ": names have up to 8 characters and differ from the format's own"});
         }
     }
 }
@@ -552,7 +557,9 @@ void KeywordNames::tell(MessageLog& log, const std::vector<PropertyData>& proper
 void WriteProgress::add(std::uint64_t values)
 {
     done_ += values;
-    if (progress_ && !progress_(std::min(1.0, static_cast<double>(done_) / static_cast<double>(std::max<std::uint64_t>(values_, 1))))) {
+    if (progress_
+        && !progress_(
+            std::min(1.0, static_cast<double>(done_) / static_cast<double>(std::max<std::uint64_t>(values_, 1))))) {
         throw Cancelled{};
     }
 }
@@ -645,12 +652,16 @@ bool write_reals(Writer& writer, std::string_view name, const RealArray& array, 
 void write_property(Writer& writer, const std::string& name, const PropertyData& property,
                     std::span<const std::uint8_t> active, const std::filesystem::path& target, WriteProgress& progress)
 {
-    const std::size_t count =
-        active.empty() ? property.size() : active.size() - static_cast<std::size_t>(std::count(active.begin(), active.end(), 0));
+    const std::size_t count
+        = active.empty() ? property.size()
+                         : active.size() - static_cast<std::size_t>(std::count(active.begin(), active.end(), 0));
     std::visit(
         [&]<class T>(const std::vector<T>& values) {
-            writer.begin(name, std::is_integral_v<T> ? Type::Integer : sizeof(T) == 8 ? Type::Double : Type::Real, count,
-                         target);
+            writer.begin(name,
+                         std::is_integral_v<T> ? Type::Integer
+                         : sizeof(T) == 8      ? Type::Double
+                                               : Type::Real,
+                         count, target);
             const bool replace = !std::is_integral_v<T> && property.no_data.has_value();
             if (active.empty() && !replace) {
                 in_chunks(values.size(), progress, [&](std::size_t first, std::size_t part) {
@@ -737,7 +748,8 @@ void tell_losses(const GridModel& model, const std::string& format, const std::s
     }
     lost(undefined.size(), "property's mark of undefined cells, which is written as a code",
          "properties' marks of undefined cells, which are written as codes", list(undefined, itself));
-    const auto marked = select([&](const PropertyData& p) { return !p.on_points && !p.discrete() && p.no_data.has_value(); });
+    const auto marked
+        = select([&](const PropertyData& p) { return !p.on_points && !p.discrete() && p.no_data.has_value(); });
     if (!marked.empty()) {
         log.add("undefined values", {Message::Level::Info, to_utf8(file), 0,
                                      "undefined values are written as NaN" + list(marked, itself)});

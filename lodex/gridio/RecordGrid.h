@@ -4,7 +4,7 @@
 #include <lodex/gridio/MessageLog.h>
 #include <lodex/gridio/RecordFile.h>
 
-#include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -127,8 +127,8 @@ bool write_reals(Writer& writer, std::string_view name, const RealArray& array, 
 void write_property(Writer& writer, const std::string& name, const PropertyData& property,
                     std::span<const std::uint8_t> active, const std::filesystem::path& target, WriteProgress& progress);
 /// Tells what no format of this kind holds: regions, units, code names, undefined codes, faults, kept keywords. units:
-/// the system that the file states and which gives properties their units. active_only: for each property whether values
-/// of active cells alone are written; empty: never.
+/// the system that the file states and which gives properties their units. active_only: for each property whether
+/// values of active cells alone are written; empty: never.
 void tell_losses(const GridModel& model, const std::string& format, const std::string& file,
                  std::optional<UnitSystem> units, const std::vector<bool>& active_only, MessageLog& log);
 

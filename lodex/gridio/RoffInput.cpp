@@ -252,7 +252,8 @@ Input::Input(const ByteSource& source, std::function<void(std::uint64_t)> claim,
         text_ = true;
         pos_ = text_start.size();
         buffer_.resize(text_window + 1);
-    } else if (head.starts_with(binary_start) && head.size() > binary_start.size() && head[binary_start.size()] == '\0') {
+    } else if (head.starts_with(binary_start) && head.size() > binary_start.size()
+               && head[binary_start.size()] == '\0') {
         pos_ = binary_start.size() + 1;
     } else {
         throw FileError(source_.name(), 0, "is no ROFF file: it does not begin with \"roff-asc\" or \"roff-bin\"");
@@ -488,13 +489,15 @@ void Input::read_key(const std::string& type_word, Tag& tag, bool wanted)
     if (found == type_names.end()) {
         const bool number = !type.empty() && (text_numbers::is_digit(type[0]) || type[0] == '-' || type[0] == '.');
         fail(here(), "in tag " + shown(tag.name) + ": "
-                         + (text_ && number ? "found " + shown(type) + ", expected a key: an array before it states fewer "
-                                                                      "values than there are"
+                         + (text_ && number ? "found " + shown(type)
+                                                  + ", expected a key: an array before it states fewer "
+                                                    "values than there are"
                                             : "unknown type " + shown(type)));
     }
     key.type = static_cast<Type>(found - type_names.begin());
     key.name = word();
-    if (wanted && std::any_of(tag.keys.begin(), tag.keys.end() - 1, [&key](const Key& k) { return k.name == key.name; })) {
+    if (wanted
+        && std::any_of(tag.keys.begin(), tag.keys.end() - 1, [&key](const Key& k) { return k.name == key.name; })) {
         fail(key.place, "tag " + shown(tag.name) + " has the key " + shown(key.name) + " twice");
     }
     if (key.array) {
@@ -608,8 +611,8 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
     const auto bad = [&](const char* p) {
         pos_ = static_cast<std::size_t>(p - buffer_.data());
         const std::string found = next_word_for_message();
-        const std::string which = key.array ? "value " + std::to_string(done + 1) + " of the " + std::to_string(key.count)
-                                                  + " of " + shown(key.name)
+        const std::string which = key.array ? "value " + std::to_string(done + 1) + " of the "
+                                                  + std::to_string(key.count) + " of " + shown(key.name)
                                             : "the value of " + shown(key.name);
         fail(here(), "found " + found + ", expected " + which + " (" + std::string(type_name(key.type)) + ")");
     };
@@ -681,8 +684,8 @@ void Input::skip_numbers(const Key& key)
         const char c = buffer_[pos_];
         const bool special = (c | 0x20) == 'n' || (c | 0x20) == 'i';
         if (!text_numbers::is_digit(c) && c != '-' && c != '+' && c != '.' && !special) {
-            fail(here(), "found " + next_word_for_message() + ", expected value " + std::to_string(done + 1) + " of the "
-                             + std::to_string(key.count) + " of " + shown(key.name));
+            fail(here(), "found " + next_word_for_message() + ", expected value " + std::to_string(done + 1)
+                             + " of the " + std::to_string(key.count) + " of " + shown(key.name));
         }
         const std::size_t start = pos_;
         while (!ends_number(buffer_[pos_]) && pos_ - start < longest_number) {

@@ -16,8 +16,8 @@
 
 namespace lodex::roff {
 
-/// Types of values in a file: one byte each for bool and byte, 32 bits for int and float, 64 bits for double. Text ends at
-/// a NUL in binary files and stands in quotes in text files.
+/// Types of values in a file: one byte each for bool and byte, 32 bits for int and float, 64 bits for double. Text ends
+/// at a NUL in binary files and stands in quotes in text files.
 enum class Type { Char, Bool, Byte, Int, Float, Double };
 
 [[nodiscard]] std::string_view type_name(Type type);
@@ -50,7 +50,8 @@ private:
 };
 
 /// Numbers as they stand in a text file, one byte for bool and byte.
-using Numbers = std::variant<std::vector<std::uint8_t>, std::vector<std::int32_t>, std::vector<float>, std::vector<double>>;
+using Numbers =
+    std::variant<std::vector<std::uint8_t>, std::vector<std::int32_t>, std::vector<float>, std::vector<double>>;
 
 /// One key of a tag with its value or values.
 struct Key {
@@ -76,15 +77,15 @@ struct Tag {
 /// Reads tags one after the other and hands out the numbers of their arrays.
 class Input {
 public:
-    /// claim is asked before memory for numbers is taken and throws when it is too much; tick is called with the number of
-    /// bytes that were handled since its last call.
+    /// claim is asked before memory for numbers is taken and throws when it is too much; tick is called with the number
+    /// of bytes that were handled since its last call.
     Input(const ByteSource& source, std::function<void(std::uint64_t bytes)> claim,
           std::function<void(std::uint64_t bytes)> tick);
 
     [[nodiscard]] bool text() const { return text_; }
 
-    /// True and the tag when there is one before the end tag. Numbers are kept when wanted(tag name) says so; else the tag
-    /// has no keys.
+    /// True and the tag when there is one before the end tag. Numbers are kept when wanted(tag name) says so; else the
+    /// tag has no keys.
     bool next(Tag& tag, const std::function<bool(std::string_view)>& wanted);
     /// Bytes behind the end tag that are not blank.
     [[nodiscard]] std::uint64_t bytes_behind_end();

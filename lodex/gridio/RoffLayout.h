@@ -10,9 +10,9 @@
 ///
 /// In the file I runs slowest, then J, and K fastest and from the bottom up. Values of cells stand at
 /// (i * nj + j) * nk + kk with kk = nk - 1 - k, those of nodes at (i * (nj + 1) + j) * (nk + 1) + kk with kk = 0 at the
-/// bottom. A node has 1, 2, 4 or 8 depths for the corners of the cells round it: one for all; one for the cells below and
-/// one for those above; south west, south east, north west, north east; these four below, then above. West is the side of
-/// lower i, south of lower j, below is deeper.
+/// bottom. A node has 1, 2, 4 or 8 depths for the corners of the cells round it: one for all; one for the cells below
+/// and one for those above; south west, south east, north west, north east; these four below, then above. West is the
+/// side of lower i, south of lower j, below is deeper.
 namespace lodex::roff {
 
 /// Columns along I that are turned at a time: their values fill whole cache lines in either order.
@@ -33,7 +33,8 @@ struct Tile {
     [[nodiscard]] std::int64_t pitch() const { return j.count() * kk.count() + 16; }
 };
 
-/// Cuts the grid into boxes of up to tile_columns x tile_values / tile_columns values, whole columns as far as possible.
+/// Cuts the grid into boxes of up to tile_columns x tile_values / tile_columns values, whole columns as far as
+/// possible.
 [[nodiscard]] inline std::vector<Tile> cut_into_tiles(const GridSize& size)
 {
     const auto [ni, nj, nk] = size;
@@ -44,27 +45,12 @@ struct Tile {
     for (std::int64_t i = 0; i < ni; i += tile_columns) {
         for (std::int64_t j = 0; j < nj; j += js) {
             for (std::int64_t k = 0; k < nk; k += ks) {
-                tiles.push_back({{i, std::min(i + tile_columns, ni)}, {j, std::min(j + js, nj)}, {k, std::min(k + ks, nk)}});
+                tiles.push_back(
+                    {{i, std::min(i + tile_columns, ni)}, {j, std::min(j + js, nj)}, {k, std::min(k + ks, nk)}});
             }
         }
     }
     return tiles;
-}
-
-/// Index of the first of a node's depths for the corner of the cell on the side (east, north, above), among `split` ones.
-[[nodiscard]] inline std::int64_t split_slot(std::int64_t split, bool east, bool north, bool above)
-{
-    const std::int64_t column = (east ? 1 : 0) + (north ? 2 : 0);
-    switch (split) {
-    case 8:
-        return column + (above ? 4 : 0);
-    case 4:
-        return column;
-    case 2:
-        return above ? 1 : 0;
-    default:
-        return 0;
-    }
 }
 
 } // namespace lodex::roff

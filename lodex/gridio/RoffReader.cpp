@@ -27,7 +27,8 @@ std::uint64_t three_quarters_of_memory()
     const long pages = ::sysconf(_SC_PHYS_PAGES);
     const long page = ::sysconf(_SC_PAGESIZE);
     constexpr std::uint64_t fallback = std::uint64_t{1} << 32;
-    return pages > 0 && page > 0 ? static_cast<std::uint64_t>(pages) / 4 * 3 * static_cast<std::uint64_t>(page) : fallback;
+    return pages > 0 && page > 0 ? static_cast<std::uint64_t>(pages) / 4 * 3 * static_cast<std::uint64_t>(page)
+                                 : fallback;
 }
 
 std::string size_text(const GridSize& size)
@@ -76,7 +77,8 @@ public:
             take(std::move(tag));
         }
         if (const std::uint64_t bytes = input_.bytes_behind_end(); bytes > 0) {
-            warn("bytes behind the end", input_.here(), std::to_string(bytes) + " bytes behind the tag eof are passed over");
+            warn("bytes behind the end", input_.here(),
+                 std::to_string(bytes) + " bytes behind the tag eof are passed over");
         }
         finish();
         source_.check_unchanged();
@@ -178,7 +180,8 @@ private:
     template <class Stored> void fill_depths(const Key& key, const Key* rest);
     [[noreturn]] void bad_number(const Key& key, std::uint64_t index) const
     {
-        input_.fail(key.place, "value " + std::to_string(index + 1) + " of \"" + to_utf8(key.name) + "\" is not finite");
+        input_.fail(key.place,
+                    "value " + std::to_string(index + 1) + " of \"" + to_utf8(key.name) + "\" is not finite");
     }
     template <class T> [[noreturn]] void find_bad_number(const Key& key);
 
@@ -206,9 +209,10 @@ private:
 
 bool Reader::wanted(std::string_view name) const
 {
-    static const std::set<std::string_view> all = {"filedata", "version", "dimensions", "translate", "scale", "subgrids",
-                                                   "active", "parameter", "lodexParameter", "lodexPoints", "lodexUnits",
-                                                   "lodexFrame", "lodexFaults", "lodexKept", "lodexGeometry", "eof"};
+    static const std::set<std::string_view> all = {"filedata",       "version",     "dimensions",    "translate",
+                                                   "scale",          "subgrids",    "active",        "parameter",
+                                                   "lodexParameter", "lodexPoints", "lodexUnits",    "lodexFrame",
+                                                   "lodexFaults",    "lodexKept",   "lodexGeometry", "eof"};
     static const std::set<std::string_view> geometry = {"cornerLines", "zvalues", "lodexCornerLines", "lodexZvalues"};
     return all.contains(name) || (!options_.properties_only && geometry.contains(name));
 }
@@ -217,7 +221,8 @@ void Reader::take(Tag tag)
 {
     const std::string name = tag.name;
     if (!wanted(name)) {
-        if (!options_.properties_only || (name != "cornerLines" && name != "zvalues" && !name.starts_with(own_tag_prefix))) {
+        if (!options_.properties_only
+            || (name != "cornerLines" && name != "zvalues" && !name.starts_with(own_tag_prefix))) {
             inform("tags passed over", tag.place, "tag \"" + to_utf8(name) + "\" is not known here and passed over");
         }
         return;
@@ -317,7 +322,8 @@ void Reader::take_version(const Tag& tag)
                                      + (input_.text() ? "" : ": both byte orders mixed?"));
     }
     if (version != known) {
-        warn("versions", major.place, "version " + std::to_string(version) + " is read as version " + std::to_string(known));
+        warn("versions", major.place,
+             "version " + std::to_string(version) + " is read as version " + std::to_string(known));
     }
 }
 
@@ -329,7 +335,8 @@ void Reader::take_dimensions(const Tag& tag)
         const Key& key = need(tag, keys[axis]);
         size[axis] = input_.integer(key);
         if (size[axis] < 1) {
-            input_.fail(key.place, std::string(keys[axis]) + " is " + std::to_string(size[axis]) + ", expected 1 or more");
+            input_.fail(key.place,
+                        std::string(keys[axis]) + " is " + std::to_string(size[axis]) + ", expected 1 or more");
         }
     }
     // Arrays have at most 2^31 values.
@@ -385,7 +392,8 @@ void Reader::take_subgrids(const Tag& tag)
     }
 }
 
-/// Calls work(0) .. work(count - 1) on all threads and asks for progress between groups of them; `bytes` is what they read.
+/// Calls work(0) .. work(count - 1) on all threads and asks for progress between groups of them; `bytes` is what they
+/// read.
 template <class Work> void Reader::in_batches(std::int64_t count, std::uint64_t bytes, const Work& work)
 {
     constexpr std::int64_t batch = 16;
@@ -411,31 +419,32 @@ void Reader::turn_cells(const Key& key, std::vector<To>& to, const Convert& conv
     const GridSize size = result_.model.size;
     const auto [ni, nj, nk] = size;
     const std::vector<Tile> tiles = cut_into_tiles(size);
-    in_batches(static_cast<std::int64_t>(tiles.size()), key.count * sizeof(From), [&, ni = ni, nj = nj, nk = nk](auto n) {
-        const Tile& tile = tiles[static_cast<std::size_t>(n)];
-        const std::int64_t pitch = tile.pitch();
-        const std::int64_t column = tile.kk.count();
-        thread_local std::vector<From> buffer;
-        buffer.resize(static_cast<std::size_t>(pitch * tile.i.count()));
-        std::array<const From*, tile_columns> columns{};
-        for (std::int64_t i = tile.i.first; i < tile.i.end; ++i) {
-            const std::int64_t first = (i * nj + tile.j.first) * nk + tile.kk.first;
-            From* const room = buffer.data() + (i - tile.i.first) * pitch;
-            columns[static_cast<std::size_t>(i - tile.i.first)] =
-                input_.load(key, static_cast<std::uint64_t>(first), static_cast<std::size_t>(tile.j.count() * column), room);
-        }
-        const auto width = static_cast<std::size_t>(tile.i.count());
-        for (std::int64_t j = tile.j.first; j < tile.j.end; ++j) {
-            const std::int64_t from = (j - tile.j.first) * column;
-            for (std::int64_t kk = 0; kk < column; ++kk) {
-                const std::int64_t k = nk - 1 - (tile.kk.first + kk);
-                To* const out = to.data() + tile.i.first + ni * (j + nj * k);
-                for (std::size_t i = 0; i < width; ++i) {
-                    out[i] = convert(columns[i][from + kk]);
+    in_batches(
+        static_cast<std::int64_t>(tiles.size()), key.count * sizeof(From), [&, ni = ni, nj = nj, nk = nk](auto n) {
+            const Tile& tile = tiles[static_cast<std::size_t>(n)];
+            const std::int64_t pitch = tile.pitch();
+            const std::int64_t column = tile.kk.count();
+            thread_local std::vector<From> buffer;
+            buffer.resize(static_cast<std::size_t>(pitch * tile.i.count()));
+            std::array<const From*, tile_columns> columns{};
+            for (std::int64_t i = tile.i.first; i < tile.i.end; ++i) {
+                const std::int64_t first = (i * nj + tile.j.first) * nk + tile.kk.first;
+                From* const room = buffer.data() + (i - tile.i.first) * pitch;
+                columns[static_cast<std::size_t>(i - tile.i.first)] = input_.load(
+                    key, static_cast<std::uint64_t>(first), static_cast<std::size_t>(tile.j.count() * column), room);
+            }
+            const auto width = static_cast<std::size_t>(tile.i.count());
+            for (std::int64_t j = tile.j.first; j < tile.j.end; ++j) {
+                const std::int64_t from = (j - tile.j.first) * column;
+                for (std::int64_t kk = 0; kk < column; ++kk) {
+                    const std::int64_t k = nk - 1 - (tile.kk.first + kk);
+                    To* const out = to.data() + tile.i.first + ni * (j + nj * k);
+                    for (std::size_t i = 0; i < width; ++i) {
+                        out[i] = convert(columns[i][from + kk]);
+                    }
                 }
             }
-        }
-    });
+        });
 }
 
 void Reader::take_active(const Tag& tag)
@@ -479,8 +488,8 @@ void Reader::take_parameter(const Tag& tag)
     if ((codes == nullptr) != (code_names == nullptr) || (codes != nullptr && codes->count != code_names->count)) {
         const Key& place = codes != nullptr ? *codes : *code_names;
         input_.fail(place.place, shown + " has " + std::to_string(codes == nullptr ? 0 : codes->count)
-                                     + " codeValues and " + std::to_string(code_names == nullptr ? 0 : code_names->count)
-                                     + " codeNames");
+                                     + " codeValues and "
+                                     + std::to_string(code_names == nullptr ? 0 : code_names->count) + " codeNames");
     }
     property.no_data = undefined_number;
     claim(data.count * std::max<std::size_t>(4, bytes_of(data.type)));
@@ -613,8 +622,8 @@ void Reader::take_parameter_notes(const Tag& tag)
                 true_values.assign(integers.begin(), integers.end());
             }
             if (true_values.size() != places.size()) {
-                input_.fail(at->place, std::to_string(places.size()) + " places for " + std::to_string(true_values.size())
-                                           + " values");
+                input_.fail(at->place, std::to_string(places.size()) + " places for "
+                                           + std::to_string(true_values.size()) + " values");
             }
             for (std::size_t n = 0; n < places.size(); ++n) {
                 if (places[n] < 0 || static_cast<std::size_t>(places[n]) >= values.size()) {
@@ -824,8 +833,8 @@ void Reader::count_splits()
         if (key->count != nodes || bytes_of(key->type) != 1) {
             input_.fail(key->place, "splitEnz has " + std::to_string(key->count) + " values of the type "
                                         + std::string(type_name(key->type)) + ", expected " + std::to_string(nodes)
-                                        + " of the type byte (" + std::to_string(ni + 1) + " x " + std::to_string(nj + 1)
-                                        + " x " + std::to_string(nk + 1) + ')');
+                                        + " of the type byte (" + std::to_string(ni + 1) + " x "
+                                        + std::to_string(nj + 1) + " x " + std::to_string(nk + 1) + ')');
         }
         splits_.resize(nodes);
         const std::uint8_t* const values = input_.load(*key, 0, nodes, splits_.data());
@@ -886,13 +895,15 @@ void Reader::spread_depths(const Key& key, std::span<To> to, const Combine& comb
         std::array<std::size_t, most_nodes + 1> room{};
         for (std::size_t c = 0; c < nodes; ++c) {
             // The odd 16 keep the columns apart in the cache.
-            room[c + 1] = room[c] + 16 + static_cast<std::size_t>(starts_[pillar_of(c, j1)] - starts_[pillar_of(c, j0)]);
+            room[c + 1] =
+                room[c] + 16 + static_cast<std::size_t>(starts_[pillar_of(c, j1)] - starts_[pillar_of(c, j0)]);
         }
         buffer.resize(room[nodes]);
         bool finite = true;
         for (std::size_t c = 0; c < nodes; ++c) {
             const std::size_t count = room[c + 1] - room[c] - 16;
-            values[c] = input_.load(key, static_cast<std::uint64_t>(starts_[pillar_of(c, j0)]), count, buffer.data() + room[c]);
+            values[c] =
+                input_.load(key, static_cast<std::uint64_t>(starts_[pillar_of(c, j0)]), count, buffer.data() + room[c]);
             for (std::size_t v = 0; v < count; ++v) {
                 finite &= std::fabs(values[c][v]) <= std::numeric_limits<From>::max();
             }
@@ -901,8 +912,8 @@ void Reader::spread_depths(const Key& key, std::span<To> to, const Combine& comb
             bad = true;
             return;
         }
-        // Stored numbers of a row of nodes: below south, below north, above south, above north. That of the first node's
-        // west side comes first and belongs to no cell here.
+        // Stored numbers of a row of nodes: below south, below north, above south, above north. That of the first
+        // node's west side comes first and belongs to no cell here.
         std::array<std::array<From, 2 * most_nodes>, 4> line;
         const auto put = [&](std::size_t side, const From* from, std::int64_t j, std::int64_t kk) {
             // Plane of corners below the nodes (tops of the cells there) or above them.
@@ -1030,7 +1041,8 @@ template <class Stored> void Reader::fill_depths(const Key& key, const Key* rest
             });
         }
         if (!exact || rest != nullptr) {
-            const bool finite = std::all_of(zcorn.begin(), zcorn.end(), [](Depth depth) { return std::isfinite(depth); });
+            const bool finite =
+                std::all_of(zcorn.begin(), zcorn.end(), [](Depth depth) { return std::isfinite(depth); });
             if (!finite) {
                 input_.fail(key.place, "a depth is out of range");
             }
@@ -1163,7 +1175,8 @@ void Reader::finish()
                                                + size_text(model.size) + " cells");
     }
     if (!corner_lines_ || !z_values_) {
-        throw FileError(source_.name(), 0, corner_lines_ ? "has cornerLines but no zvalues" : "has zvalues but no cornerLines");
+        throw FileError(source_.name(), 0,
+                        corner_lines_ ? "has cornerLines but no zvalues" : "has zvalues but no cornerLines");
     }
     finish_coordinates();
     finish_depths();

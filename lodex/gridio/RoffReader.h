@@ -10,7 +10,8 @@ namespace lodex::roff {
 [[nodiscard]] ReadResult read_file(const std::filesystem::path& path, const ReadOptions& options);
 
 /// The same from memory. name stands in messages.
-[[nodiscard]] ReadResult read_bytes(std::string_view bytes, const std::filesystem::path& name, const ReadOptions& options);
+[[nodiscard]] ReadResult read_bytes(std::string_view bytes, const std::filesystem::path& name,
+                                    const ReadOptions& options);
 
 /// What an undefined value is in the file.
 inline constexpr std::int32_t undefined_number = -999;

@@ -141,7 +141,8 @@ private:
     void write_region(const RegionData& region);
     void write_faults();
     void write_kept();
-    template <class To, class From, class Convert> void write_cells(std::span<const From> values, const Convert& convert);
+    template <class To, class From, class Convert>
+    void write_cells(std::span<const From> values, const Convert& convert);
     void write_codes(const PropertyData& property);
     void write_code_names(const PropertyData& property);
     std::string free_name(std::string_view wanted);
@@ -231,8 +232,9 @@ void Writer::write_frame()
     if (!frame.map_axes && frame.map_units.empty() && frame.grid_units.empty() && !frame.grid_units_map) {
         return;
     }
-    inform("what other programs pass over", "map axes and units are written in a tag that other programs pass over; they "
-                                            "take the coordinates as they are");
+    inform("what other programs pass over",
+           "map axes and units are written in a tag that other programs pass over; they "
+           "take the coordinates as they are");
     out_.begin_tag("lodexFrame");
     out_.scalar("mapUnits", std::string_view(escape(frame.map_units)));
     out_.scalar("gridUnits", std::string_view(escape(frame.grid_units)));
@@ -276,8 +278,8 @@ void Writer::write_geometry()
     write_depths();
 }
 
-/// Numbers of 64 bits are written as the usual 32 bits relative to an offset, and what that leaves over, where it leaves
-/// anything, in a tag of its own: off + f + rest gives the number to the last bit.
+/// Numbers of 64 bits are written as the usual 32 bits relative to an offset, and what that leaves over, where it
+/// leaves anything, in a tag of its own: off + f + rest gives the number to the last bit.
 void Writer::write_coordinates()
 {
     const auto [ni, nj, nk] = model_.size;
@@ -344,8 +346,9 @@ void Writer::write_coordinates()
             out_.begin_tag("lodexCornerLines");
             out_.array("data", std::span<const double>(rest));
             out_.end_tag();
-            inform("what other programs pass over", "pillars need 64 bits; other programs read them rounded to 32 bits, at most "
-                                                        + shortest_text(static_cast<float>(largest)) + " off");
+            inform("what other programs pass over",
+                   "pillars need 64 bits; other programs read them rounded to 32 bits, at most "
+                       + shortest_text(static_cast<float>(largest)) + " off");
         }
     } else {
         for (std::int64_t i = 0; i <= ni; ++i) {
@@ -516,8 +519,9 @@ void Writer::write_depths()
                     return static_cast<double>(depth) - static_cast<double>(static_cast<float>(depth));
                 });
                 out_.end_tag();
-                inform("what other programs pass over", "depths need 64 bits; other programs read them rounded to 32 bits, at most "
-                                                            + shortest_text(static_cast<float>(largest)) + " off");
+                inform("what other programs pass over",
+                       "depths need 64 bits; other programs read them rounded to 32 bits, at most "
+                           + shortest_text(static_cast<float>(largest)) + " off");
             }
         } else {
             out_.begin_array(Type::Double, "data", split_sum_);
@@ -637,7 +641,8 @@ template <class Value> void Writer::write_values(const PropertyData& property, s
     bool as_byte = false;
     if constexpr (!real) {
         as_byte = property.no_data == static_cast<double>(undefined_byte)
-            && std::all_of(values.begin(), values.end(), [](Value value) { return value >= 0 && value <= undefined_byte; });
+                  && std::all_of(values.begin(), values.end(),
+                                 [](Value value) { return value >= 0 && value <= undefined_byte; });
     }
 
     std::int64_t nans = 0;
@@ -729,8 +734,8 @@ template <class Value> void Writer::write_values(const PropertyData& property, s
     const bool plain_codes = std::all_of(property.code_names.begin(), property.code_names.end(), [](const auto& code) {
         return !code.second.empty() && to_utf8(plain(code.second)) == code.second;
     });
-    if (to_utf8(name) == property.name && property.unit.empty() && usual_no_data && exception_at.empty() && !store_double
-        && plain_codes) {
+    if (to_utf8(name) == property.name && property.unit.empty() && usual_no_data && exception_at.empty()
+        && !store_double && plain_codes) {
         return;
     }
     out_.begin_tag("lodexParameter");
@@ -766,8 +771,9 @@ void Writer::write_property(const PropertyData& property)
 
 void Writer::write_points(const PropertyData& property)
 {
-    inform("what other programs pass over", "property \"" + to_utf8(property.name)
-                                                + "\" stands on points and is written in a tag that other programs pass over");
+    inform("what other programs pass over",
+           "property \"" + to_utf8(property.name)
+               + "\" stands on points and is written in a tag that other programs pass over");
     out_.begin_tag("lodexPoints");
     out_.scalar("name", std::string_view(escape(property.name)));
     out_.scalar("unit", std::string_view(escape(property.unit)));
@@ -849,7 +855,8 @@ void Writer::write_kept()
 
 } // namespace
 
-WriteResult write_file(const GridModel& model, const std::filesystem::path& path, const WriteOptions& options, Form form)
+WriteResult write_file(const GridModel& model, const std::filesystem::path& path, const WriteOptions& options,
+                       Form form)
 {
     return Writer(model, path, options, form).run();
 }

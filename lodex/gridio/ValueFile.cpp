@@ -112,8 +112,14 @@ std::vector<double> read_values(const std::filesystem::path& path, std::int64_t 
             const auto got = static_cast<std::size_t>(in.gcount()) / sizeof(double);
             if (got == 0)
                 throw FileError(path.string(), 0, "ends early");
-            for (std::size_t i = 0; i < got; ++i)
-                values.push_back(from_little_endian(block.data() + i * sizeof(double)));
+            for (std::size_t i = 0; i < got; ++i) {
+                const double value = from_little_endian(block.data() + i * sizeof(double));
+                if (!std::isfinite(value)) {
+                    throw FileError(path.string(), 0, "value " + std::to_string(values.size() + 1) + " is \"" +
+                                                          format_shortest(value) + "\", which is no finite number");
+                }
+                values.push_back(value);
+            }
             check(values.size() * sizeof(double));
         }
         return values;
@@ -123,8 +129,8 @@ std::vector<double> read_values(const std::filesystem::path& path, std::int64_t 
     std::string word;
     constexpr std::size_t values_per_check = 1 << 16;
     while (words.next(word)) {
-        const auto number = parse_double(word, NonFinite::Accept);
-        if (!number || std::isinf(*number))
+        const auto number = parse_double(word);
+        if (!number)
             throw FileError(path.string(), words.line(), "\"" + to_utf8(word.substr(0, 40)) + "\" is no finite number");
         if (values.size() == static_cast<std::size_t>(count))
             throw FileError(path.string(), words.line(), counts_differ(count, true, count));

@@ -102,8 +102,8 @@ private:
 
     void check();
     void report();
-    /// Depths of the corners that active cells have at a node, and for each of the eight cells round it which of them is
-    /// its own. Column east + 2 * north of the cell below the node, plus 4 for the one above.
+    /// Depths of the corners that active cells have at a node, and for each of the eight cells round it which of them
+    /// is its own. Column east + 2 * north of the cell below the node, plus 4 for the one above.
     int gather(std::int64_t i, std::int64_t j, std::int64_t level, std::array<double, 8>& depths,
                std::array<std::uint8_t, 8>& slots) const;
     void count_points();
@@ -466,9 +466,10 @@ WriteResult Writer::run()
         }
     }
     for (const RegionData& region : model_.regions) {
-        add_cells<std::uint8_t>(free_name(cell_names_, region.name), [data = region.flags.data()](std::size_t cell, auto, auto, auto) {
-            return static_cast<std::uint8_t>(data[cell] != 0 ? 1 : 0);
-        });
+        add_cells<std::uint8_t>(free_name(cell_names_, region.name),
+                                [data = region.flags.data()](std::size_t cell, auto, auto, auto) {
+                                    return static_cast<std::uint8_t>(data[cell] != 0 ? 1 : 0);
+                                });
     }
     const Array points{"Points", vtk_type<double>(), 3, static_cast<std::uint64_t>(points_) * 3 * sizeof(double),
                        [this] { write_points(); }};
@@ -509,7 +510,8 @@ WriteResult Writer::run()
         }
         text("    </FieldData>\n");
     }
-    text("    <Piece NumberOfPoints=\"" + std::to_string(points_) + "\" NumberOfCells=\"" + std::to_string(cells_) + "\">\n");
+    text("    <Piece NumberOfPoints=\"" + std::to_string(points_) + "\" NumberOfCells=\"" + std::to_string(cells_)
+         + "\">\n");
     text("      <PointData>\n");
     declare(point_data_, offset);
     text("      </PointData>\n      <CellData>\n");
@@ -548,7 +550,8 @@ std::span<const std::string_view> VtuFormat::endings() const
     return file_endings;
 }
 
-WriteResult VtuFormat::write(const GridModel& model, const std::filesystem::path& path, const WriteOptions& options) const
+WriteResult VtuFormat::write(const GridModel& model, const std::filesystem::path& path,
+                             const WriteOptions& options) const
 {
     return Writer(model, path, options).run();
 }

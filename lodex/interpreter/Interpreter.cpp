@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <chrono>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace lodex {
 
@@ -48,6 +50,19 @@ private:
     bool& busy_;
 };
 
+/// Sets the place for its own lifetime, then puts the former one back.
+class PlaceMark {
+public:
+    PlaceMark(std::optional<SourcePlace>& place, SourcePlace now) : place_(place), former_(std::exchange(place, std::move(now))) {}
+    ~PlaceMark() { place_ = std::move(former_); }
+    PlaceMark(const PlaceMark&) = delete;
+    PlaceMark& operator=(const PlaceMark&) = delete;
+
+private:
+    std::optional<SourcePlace>& place_;
+    std::optional<SourcePlace> former_;
+};
+
 } // namespace
 
 Interpreter& Interpreter::instance()
@@ -69,6 +84,7 @@ std::vector<StatementResult> Interpreter::run(std::string_view submission, const
         result.position = position;
         result.status = StatementStatus::Failed;
         result.message = failure_text(options, position, message, statement);
+        const PlaceMark here(place_, {options.source, position});
         Lodex::Logger::log(Lodex::LogLevel::Error, result.message + "\n");
         results.push_back(std::move(result));
         return results;
@@ -102,7 +118,8 @@ std::vector<StatementResult> Interpreter::run(std::string_view submission, const
             continue;
         }
         results.push_back(run_statement(statement, options));
-        stopped = results.back().status != StatementStatus::Done && !options.keep_going;
+        const StatementStatus status = results.back().status;
+        stopped = status == StatementStatus::Cancelled || (status == StatementStatus::Failed && !options.keep_going);
     }
     return results;
 }
@@ -114,7 +131,9 @@ StatementResult Interpreter::run_statement(const Statement& statement, const Run
     result.position = statement.position;
     const auto start = std::chrono::steady_clock::now();
 
+    const PlaceMark mark(place_, {options.source, statement.position});
     const auto failed = [&](TextPosition position, const std::string& message) {
+        place_->position = position;
         result.status = StatementStatus::Failed;
         result.message = failure_text(options, position, message, statement.text);
         Lodex::Logger::log(Lodex::LogLevel::Error, result.message + "\n");
@@ -124,6 +143,8 @@ StatementResult Interpreter::run_statement(const Statement& statement, const Run
         Call call = bind_statement(statement);
         TracerTarget progress(call.verb().name);
         call.set_progress_target(&progress);
+        if (!call.progress(0)) // the user wanted to stop while the former statement ended
+            throw Cancelled{};
         call.verb().run(call);
         result.status = StatementStatus::Done;
         result.counts = call.counts();

@@ -3,6 +3,7 @@
 #include "Verb.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,9 +24,15 @@ struct StatementResult {
     Counts counts;
 };
 
+/// A place in a script.
+struct SourcePlace {
+    std::string source; ///< file name; empty: typed text
+    TextPosition position;
+};
+
 struct RunOptions {
     std::string source;       ///< file name for messages; empty: typed text
-    bool keep_going = false;  ///< go on after a failed statement
+    bool keep_going = false;  ///< go on after a failed statement, not after a cancelled one
 };
 
 /// Runs command text on the catalogue. A text is parsed whole first; a statement that fails or is cancelled leaves the
@@ -38,6 +45,9 @@ public:
     std::vector<StatementResult> run(std::string_view submission, const RunOptions& options = {});
     /// True while a submission runs.
     [[nodiscard]] bool busy() const { return busy_; }
+    /// Where the statement stands that is being parsed or run, for whoever shows messages; null when none is. A failure is
+    /// logged with the place of what is wrong.
+    [[nodiscard]] const SourcePlace* place() const { return place_ ? &*place_ : nullptr; }
 
     /// The statements that changed a model, in order, one per line; a script that makes the same model again.
     [[nodiscard]] const std::vector<std::string>& journal() const { return journal_; }
@@ -55,6 +65,7 @@ private:
     StatementResult run_statement(const Statement& statement, const RunOptions& options);
 
     bool busy_ = false;
+    std::optional<SourcePlace> place_;
     std::vector<std::string> journal_;
     std::function<void(const std::string&)> listener_;
     std::function<void()> journal_listener_;

@@ -7,6 +7,17 @@
 
 namespace lodex {
 
+namespace {
+
+std::string_view trimmed(std::string_view text)
+{
+    constexpr std::string_view blanks = " \t\r\v\f";
+    const std::size_t first = std::min(text.find_first_not_of(blanks), text.size());
+    return text.substr(first, text.find_last_not_of(blanks) + 1 - first);
+}
+
+} // namespace
+
 std::vector<std::string> split_joined(std::string_view list)
 {
     std::vector<std::string> pieces;
@@ -15,7 +26,7 @@ std::vector<std::string> split_joined(std::string_view list)
     std::size_t start = 0;
     for (;;) {
         const std::size_t plus = list.find('+', start);
-        pieces.emplace_back(list.substr(start, plus == std::string_view::npos ? plus : plus - start));
+        pieces.emplace_back(trimmed(list.substr(start, plus == std::string_view::npos ? plus : plus - start)));
         if (plus == std::string_view::npos)
             return pieces;
         start = plus + 1;
@@ -39,7 +50,7 @@ std::vector<std::string> split_joined_numbers(std::string_view list)
 }
 
 std::vector<std::string> resolve_joined(std::string_view list, const std::function<bool(const std::string&)>& exists,
-                                        const std::string& what)
+                                        std::size_t longest, const std::string& what)
 {
     std::vector<std::string> pieces = split_joined(list);
     std::erase_if(pieces, [](const std::string& piece) { return piece.empty(); });
@@ -54,7 +65,7 @@ std::vector<std::string> resolve_joined(std::string_view list, const std::functi
     ways[n] = 1;
     for (std::size_t i = n; i-- > 0;) {
         std::string with_plus, with_blank;
-        for (std::size_t j = i; j < n; ++j) {
+        for (std::size_t j = i; j < n && (j == i || with_plus.size() + pieces[j].size() < longest); ++j) {
             with_plus += (j > i ? "+" : "") + pieces[j];
             with_blank += (j > i ? " " : "") + pieces[j];
             if (fewest[j + 1] == impossible)
@@ -86,7 +97,7 @@ std::vector<std::string> resolve_joined(std::string_view list, const std::functi
                 continue;
             furthest = i;
             std::string with_plus, with_blank;
-            for (std::size_t j = i; j < n; ++j) {
+            for (std::size_t j = i; j < n && (j == i || with_plus.size() + pieces[j].size() < longest); ++j) {
                 with_plus += (j > i ? "+" : "") + pieces[j];
                 with_blank += (j > i ? " " : "") + pieces[j];
                 if (exists(with_plus) || exists(with_blank))

@@ -101,6 +101,30 @@ void check_value(const Keyword& keyword, const Call::Value& value)
     }
 }
 
+/// Numbers and flags hold no words: one behind them is a keyword that is unknown or was given before.
+void check_words(const Verb& verb, const Keyword& keyword, const Statement& statement, std::size_t begin, std::size_t end)
+{
+    switch (keyword.kind) {
+    case ValueKind::Flag:
+    case ValueKind::Integer:
+    case ValueKind::Real:
+    case ValueKind::IntegerList:
+    case ValueKind::RealList:
+        break;
+    default:
+        return;
+    }
+    for (std::size_t i = begin + 1; i < end; ++i) {
+        const Word& word = statement.words[i];
+        const bool begins_with_letter = (word.text[0] >= 'a' && word.text[0] <= 'z') || (word.text[0] >= 'A' && word.text[0] <= 'Z');
+        if (word.quoted || !begins_with_letter || parse_double(word.text, NonFinite::Accept))
+            continue;
+        if (verb.keyword(word.text))
+            fail("\"" + word.text + "\" is given twice", word.position);
+        fail(title(verb) + " has no keyword \"" + word.text + "\"; usage: " + verb.usage(), word.position);
+    }
+}
+
 /// Reads the words behind the verb into values.
 Values read_values(const Verb& verb, const Statement& statement, std::size_t first)
 {
@@ -120,6 +144,7 @@ Values read_values(const Verb& verb, const Statement& statement, std::size_t fir
                 break;
             ++end;
         }
+        check_words(verb, keyword, statement, begin, end);
         values[keyword.name] = {value_of_words(statement, begin, end), position_behind(statement, begin)};
         check_value(keyword, values[keyword.name]);
         return end;
@@ -210,13 +235,33 @@ std::vector<std::size_t> verb_places(const Statement& statement, std::size_t typ
     return places;
 }
 
+/// Calls f with what words [type_word + 1, behind) spell, for behind = type_word + 2, ... up to the end.
+template <class F> void each_name(const Statement& statement, std::size_t type_word, F f)
+{
+    std::string name;
+    for (std::size_t i = type_word + 1; i < statement.words.size(); ++i) {
+        const Word& word = statement.words[i];
+        if (i > type_word + 1)
+            name += std::string_view(statement.text).substr(statement.words[i - 1].end, word.begin - statement.words[i - 1].end);
+        name += word.text;
+        f(name, i + 1);
+    }
+}
+
 [[noreturn]] void no_verb(const Statement& statement, std::size_t type_word)
 {
     const std::string& type = statement.words[type_word].text;
     if (type_word + 1 >= statement.words.size())
         fail("expected the name of an object and a verb behind \"" + type + "\"", statement.words[type_word].position);
-    const std::size_t last = std::min(type_word + 2, statement.words.size() - 1);
-    fail("no verb of " + type + " stands behind the name; see help", statement.words[last].position);
+    // Where the name ends, the catalogue knows; without that, it is one word.
+    std::size_t verb_word = std::min(type_word + 2, statement.words.size() - 1);
+    each_name(statement, type_word, [&](const std::string& name, std::size_t behind) {
+        if (behind < statement.words.size() && Lodex::GeobaseLib::instance()->find(name, type))
+            verb_word = behind;
+    });
+    if (verb_word == type_word + 1)
+        fail("expected a verb behind the name of the " + type, statement.words[verb_word].position);
+    fail("there is no verb \"" + statement.words[verb_word].text + "\" of " + type, statement.words[verb_word].position);
 }
 
 } // namespace
@@ -254,13 +299,21 @@ Call bind_statement(const Statement& statement)
         const std::vector<std::size_t> places = verb_places(statement, *type_word);
         if (places.empty())
             no_verb(statement, *type_word);
-        for (auto it = places.rbegin(); it != places.rend() && !object; ++it) {
-            object = catalogue->find(value_of_words(statement, *type_word + 1, *it), type);
+        std::size_t verb_word = 0;
+        auto next = places.begin();
+        each_name(statement, *type_word, [&](const std::string& name, std::size_t behind) {
+            if (next == places.end() || *next != behind)
+                return;
+            ++next;
+            if (Lodex::GObj* found = catalogue->find(name, type)) {
+                object = found;
+                verb_word = behind;
+            }
+        });
+        if (object) {
             std::size_t length = 0;
-            if (object)
-                place = {VerbRegistry::instance().match(type, words, *it, length), 0};
-            if (object)
-                place.first_value = *it + length;
+            place.verb = VerbRegistry::instance().match(type, words, verb_word, length);
+            place.first_value = verb_word + length;
         }
         if (!object) {
             const std::string name = value_of_words(statement, *type_word + 1, places.front());

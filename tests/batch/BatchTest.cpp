@@ -113,7 +113,11 @@ TEST_F(Batch, AFailedCommandEndsTheRunWithStatusOne)
     EXPECT_EQ(report["commands"][1]["message"], "a.lodex:2:23: there is no object \"B\"\n  in: lodex destroy objects B");
     EXPECT_EQ(report["commands"][2]["status"], "skipped");
     EXPECT_EQ(report["statistics"]["failed"], 1);
+    EXPECT_EQ(report["messages"][0]["file"], "a.lodex");
+    EXPECT_EQ(report["messages"][0]["line"], 1);
     EXPECT_EQ(report["messages"].back()["level"], "error");
+    EXPECT_EQ(report["messages"].back()["file"], "a.lodex");
+    EXPECT_EQ(report["messages"].back()["line"], 2);
 }
 
 TEST_F(Batch, KeepGoingRunsTheRest)

@@ -1,5 +1,5 @@
-// Any bytes as EGRID (binary or text), INIT and old GRID: a valid model or a FileError, within bounds of memory. The input
-// is one file, or a grid and an INIT with a line "----" between them.
+// Any bytes as EGRID (binary or text), INIT and old GRID: a valid model or a FileError, within bounds of memory. The
+// input is one file, or a grid and an INIT with a line "----" between them.
 
 #include <lodex/gridio/EgridFormat.h>
 #include <lodex/gridio/InitFormat.h>

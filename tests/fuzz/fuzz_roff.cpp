@@ -1,4 +1,5 @@
-// Any bytes as a ROFF file of any form: a model or a FileError, within bounds of memory, and a model that survives writing.
+// Any bytes as a ROFF file of any form: a model or a FileError, within bounds of memory, and a model that survives
+// writing.
 
 #include <lodex/gridio/RoffReader.h>
 #include <lodex/gridio/RoffWriter.h>

@@ -160,11 +160,13 @@ TEST_F(BinaryError, BinaryGrdecl)
 {
     EXPECT_REASON(bgrdecl(RecordBytes().integers("SPECGRID", {1, 1})), "expected at least 3 of type INTE");
     EXPECT_REASON(bgrdecl(RecordBytes().integers("SPECGRID", {1, 1, 1, 2})), "states 2 sets of pillars");
-    EXPECT_REASON(bgrdecl(RecordBytes().integers("SPECGRID", {1, 1, 1}).integers("DIMENS", {1, 1, 1})), "a second time");
+    EXPECT_REASON(bgrdecl(RecordBytes().integers("SPECGRID", {1, 1, 1}).integers("DIMENS", {1, 1, 1})),
+                  "a second time");
     EXPECT_REASON(bgrdecl(RecordBytes().reals("COORD", {1})), "stands before SPECGRID");
     EXPECT_REASON(bgrdecl(RecordBytes().reals("PORO", {1})), "stands before SPECGRID");
     EXPECT_REASON(bgrdecl(RecordBytes().integers("SPECGRID", {1, 1, 1})), "ends without COORD");
-    EXPECT_REASON(bgrdecl(RecordBytes().integers("SPECGRID", {3, 2, 2}).reals("COORD", grid.coord)), "ends without ZCORN");
+    EXPECT_REASON(bgrdecl(RecordBytes().integers("SPECGRID", {3, 2, 2}).reals("COORD", grid.coord)),
+                  "ends without ZCORN");
     EXPECT_REASON(bgrdecl(bgrdecl_bytes(grid).reals("PORO", {1, 2})), "\"PORO\": has 2 values, expected 12");
     EXPECT_REASON(bgrdecl(bgrdecl_bytes(grid).reals("ZCORN", grid.zcorn)), "occurs twice");
     ReadOptions options;
@@ -204,8 +206,9 @@ TEST_F(BinaryError, OldGrid)
     EXPECT_REASON(old_grid(RecordBytes().integers("DIMENS", {1, 1, 1}).integers("COORDS", {1, 1, 1, 1}).empty("X")),
                   "\"X\": stands where the CORNERS of cell (1, 1, 1) are expected");
     EXPECT_REASON(old_grid(old_grid_bytes(grid).integers("COORDS", {1, 1, 1, 1})), "which occurred before");
-    EXPECT_REASON(old_grid(RecordBytes().integers("DIMENS", {1, 1, 1}).integers("COORDS", {1, 1, 1, 1}).reals("CORNERS", {1})),
-                  "is 1 values of type REAL, expected 24");
+    EXPECT_REASON(
+        old_grid(RecordBytes().integers("DIMENS", {1, 1, 1}).integers("COORDS", {1, 1, 1, 1}).reals("CORNERS", {1})),
+        "is 1 values of type REAL, expected 24");
     EXPECT_REASON(old_grid(RecordBytes()
                                .integers("DIMENS", {1, 1, 1})
                                .integers("COORDS", {1, 1, 1, 1})
@@ -224,11 +227,13 @@ TEST_F(BinaryError, Init)
     EXPECT_REASON(init(test::init_bytes(size, -1)), "states -1 active cells");
     EXPECT_REASON(init(test::init_bytes(size, 10).reals("PORO", {1, 2})),
                   "\"PORO\": has 2 values, expected 10 (active cells) or 12 (all cells)");
-    EXPECT_REASON(init(test::init_bytes(size, 10).header("PORO", 10, "REAL")), "10 values of 4 bytes, but the file has only 0");
+    EXPECT_REASON(init(test::init_bytes(size, 10).header("PORO", 10, "REAL")),
+                  "10 values of 4 bytes, but the file has only 0");
     folder.write("alone.INIT", test::init_bytes(size, 10).reals("PORO", ten).bytes());
     ReadOptions options;
     options.properties_only = true;
-    EXPECT_REASON(test::failure(InitFormat(), folder / "alone.INIT", options), "neither the caller nor the file says which");
+    EXPECT_REASON(test::failure(InitFormat(), folder / "alone.INIT", options),
+                  "neither the caller nor the file says which");
     const std::vector<std::uint8_t> wrong(12, 1);
     options.active = wrong;
     EXPECT_REASON(test::failure(InitFormat(), folder / "alone.INIT", options), "states 10 active cells, expected 12");
@@ -278,14 +283,23 @@ TEST_F(BinaryError, RefinementsAndConnections)
 {
     RecordBytes bytes = test::egrid_bytes(grid, flags);
     bytes.strings("LGR", {"FINE"}).strings("LGRPARNT", {""}).integers("GRIDHEAD", {1, 9, 9, 9}).reals("COORD", {1, 2});
-    bytes.integers("HOSTNUM", {1}).empty("ENDGRID").empty("ENDLGR").integers("NNCHEAD", {2, 0}).integers("NNC1", {1, 2});
-    bytes.integers("NNC2", {3, 4}).integers("NNCL", {5}).integers("NNCG", {6}).strings("LGR", {"OTHER"}).empty("ENDLGR");
+    bytes.integers("HOSTNUM", {1})
+        .empty("ENDGRID")
+        .empty("ENDLGR")
+        .integers("NNCHEAD", {2, 0})
+        .integers("NNC1", {1, 2});
+    bytes.integers("NNC2", {3, 4})
+        .integers("NNCL", {5})
+        .integers("NNCG", {6})
+        .strings("LGR", {"OTHER"})
+        .empty("ENDLGR");
     bytes.integers("STRANGE", {1});
     const ReadResult read = EgridFormat().read(folder.write("A.EGRID", bytes.bytes()), {});
     EXPECT_EQ(read.model.size, size);
     EXPECT_EQ(read.model.zcorn, RealArray(grid.zcorn));
-    EXPECT_EQ(test::texts(read.messages), "left out: 2 local refinements, 3 connections of cells that are no neighbours\n"
-                                          "left out, not part of the grid: STRANGE (1 INTE)\n");
+    EXPECT_EQ(test::texts(read.messages),
+              "left out: 2 local refinements, 3 connections of cells that are no neighbours\n"
+              "left out, not part of the grid: STRANGE (1 INTE)\n");
     RecordBytes old = old_grid_bytes(grid);
     old.strings("LGR", {"FINE"}).integers("DIMENS", {9, 9, 9}).integers("COORDS", {7, 7, 7, 1}).empty("ENDLGR");
     old.integers("NNC1", {1});
@@ -302,7 +316,8 @@ TEST_F(BinaryError, DualPorosity)
     std::vector<float> both = seven;
     both.resize(13, 99);
     std::vector<float> all(24, 50);
-    folder.write("D.INIT", test::init_bytes({3, 2, 4}, 13).reals("PORV", all).reals("PORO", both).reals("PERMX", seven).bytes());
+    folder.write("D.INIT",
+                 test::init_bytes({3, 2, 4}, 13).reals("PORV", all).reals("PORO", both).reals("PERMX", seven).bytes());
     const ReadResult read = EgridFormat().read(path, {});
     EXPECT_EQ(read.model.active, (std::vector<std::uint8_t>{0, 1, 0, 1, 1, 1, 0, 0, 1, 1, 0, 1}));
     ASSERT_EQ(read.model.properties.size(), 3U) << test::texts(read.messages);
@@ -359,9 +374,9 @@ TEST_F(BinaryError, OldGridPillarsAndGaps)
     EXPECT_EQ(gap.active, (std::vector<std::uint8_t>{1, 0, 0, 1}));
     EXPECT_EQ(gap.zcorn, RealArray(tall.zcorn)); // the gap of 4 is two cells of 2
     const GridModel ends = OldGridFormat().read(folder.write("G.GRID", old_grid_bytes(tall, {0, 3}).bytes()), {}).model;
-    EXPECT_EQ(test::values_of(ends.zcorn), (std::vector<double>{102, 102, 102, 102, 102, 102, 102, 102, 102, 102, 102, 102,
-                                                                104, 104, 104, 104, 104, 104, 104, 104, 106, 106, 106, 106,
-                                                                106, 106, 106, 106, 106, 106, 106, 106}));
+    EXPECT_EQ(test::values_of(ends.zcorn),
+              (std::vector<double>{102, 102, 102, 102, 102, 102, 102, 102, 102, 102, 102, 102, 104, 104, 104, 104,
+                                   104, 104, 104, 104, 106, 106, 106, 106, 106, 106, 106, 106, 106, 106, 106, 106}));
     const SmallGrid wide({4, 2, 1});
     const GridModel columns =
         OldGridFormat().read(folder.write("G.GRID", old_grid_bytes(wide, {2, 3, 4, 5, 6, 7}).bytes()), {}).model;
@@ -378,8 +393,9 @@ TEST_F(BinaryError, OldGridPillarsAndGaps)
 
     // A corner off its pillar by half a metre.
     EXPECT_EQ(test::texts(OldGridFormat().read(folder.write("G.GRID", old_grid_bytes(tall).bytes()), {}).messages), "");
-    EXPECT_REASON(test::texts(OldGridFormat().read(folder.write("G.GRID", old_grid_bytes(tall, {}, 0.5F).bytes()), {}).messages),
-                  "corner points do not stand on a straight pillar");
+    EXPECT_REASON(
+        test::texts(OldGridFormat().read(folder.write("G.GRID", old_grid_bytes(tall, {}, 0.5F).bytes()), {}).messages),
+        "corner points do not stand on a straight pillar");
 
     // A cell whose corners coincide: vertical pillars of some length.
     std::vector<float> flat;
@@ -417,7 +433,8 @@ TEST_F(BinaryError, CutAnywhere)
     const std::string other = bgrdecl_bytes(SmallGrid({12, 10, 11})).reals("PORO", std::vector<float>(1320, 1)).bytes();
     const auto places = test::array_places(other);
     for (std::size_t cut = 1; cut < other.size(); cut += 397) {
-        const bool between = std::any_of(places.begin(), places.end(), [cut](const auto& place) { return place.begin == cut; });
+        const bool between
+            = std::any_of(places.begin(), places.end(), [cut](const auto& place) { return place.begin == cut; });
         if (!between) {
             EXPECT_NE(test::failure(BinaryGrdeclFormat(), folder.write("A.bgrdecl", other.substr(0, cut))), "") << cut;
         }
@@ -452,12 +469,19 @@ TEST_F(BinaryError, RandomSurgery)
         std::string bytes;
     };
     std::vector<Case> cases;
-    cases.push_back({std::make_unique<EgridFormat>(), "A.EGRID", test::egrid_bytes(some, std::vector<std::int32_t>(60, 1)).bytes()});
+    cases.push_back({std::make_unique<EgridFormat>(), "A.EGRID",
+                     test::egrid_bytes(some, std::vector<std::int32_t>(60, 1)).bytes()});
     cases.push_back({std::make_unique<BinaryGrdeclFormat>(), "A.bgrdecl",
-                     bgrdecl_bytes(some).reals("PORO", std::vector<float>(60, 1)).integers("ACTNUM", std::vector<std::int32_t>(60, 1)).bytes()});
+                     bgrdecl_bytes(some)
+                         .reals("PORO", std::vector<float>(60, 1))
+                         .integers("ACTNUM", std::vector<std::int32_t>(60, 1))
+                         .bytes()});
     cases.push_back({std::make_unique<OldGridFormat>(), "A.GRID", old_grid_bytes(some).bytes()});
     cases.push_back({std::make_unique<InitFormat>(), "I.INIT",
-                     test::init_bytes(some.size, 60).reals("PORV", std::vector<float>(60, 1)).integers("SATNUM", std::vector<std::int32_t>(60, 1)).bytes()});
+                     test::init_bytes(some.size, 60)
+                         .reals("PORV", std::vector<float>(60, 1))
+                         .integers("SATNUM", std::vector<std::int32_t>(60, 1))
+                         .bytes()});
     std::mt19937 random(17);
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
@@ -485,7 +509,8 @@ TEST_F(BinaryError, RandomSurgery)
                 break;
             }
             default: // much more behind it, or in the middle
-                bytes.insert(random() % 2 == 0 ? place.begin : bytes.size(), std::string(random() % 5000, static_cast<char>(random())));
+                bytes.insert(random() % 2 == 0 ? place.begin : bytes.size(),
+                             std::string(random() % 5000, static_cast<char>(random())));
             }
             expect_sane(*one.format, folder.write(one.name, bytes));
         }
@@ -496,7 +521,8 @@ TEST_F(BinaryError, RandomSurgery)
             }
             EXPECT_NE(test::failure(*one.format, folder.write(one.name, noise)), "");
             // Behind a good header.
-            expect_sane(*one.format, folder.write(one.name, RecordBytes().header("COORD", 500, "REAL").bytes() + noise));
+            expect_sane(*one.format,
+                        folder.write(one.name, RecordBytes().header("COORD", 500, "REAL").bytes() + noise));
         }
     }
 }
@@ -524,7 +550,8 @@ TEST_F(BinaryError, MemoryIsBoundedByTheFile)
     }
     EXPECT_REASON(test::failure(InitFormat(), folder.write("L.INIT", init.bytes()), options), "not to be expected of");
     options.max_bytes = 10'000'000;
-    EXPECT_REASON(test::failure(InitFormat(), folder.write("L.INIT", init.bytes()), options), "more memory than the 10000000 bytes allowed");
+    EXPECT_REASON(test::failure(InitFormat(), folder.write("L.INIT", init.bytes()), options),
+                  "more memory than the 10000000 bytes allowed");
 }
 
 TEST_F(BinaryError, Cancellation)
@@ -559,11 +586,12 @@ TEST_F(BinaryError, Cancellation)
 
 TEST_F(BinaryError, OtherFilesAreNotTakenForThese)
 {
-    for (const std::string& text : {std::string("SPECGRID\n1 1 1 1 F /\n"), std::string("'quoted' text"), std::string(5000, '\0'),
-                                   std::string("\0\0\0\x10", 4), RecordBytes().integers("SEQNUM", {1}).integers("INTEHEAD", {1}).bytes(),
-                                   RecordBytes().strings("RESTART", {"x"}).bytes()}) {
-        for (const GridFormat* format : {GridFormats::find("egrid"), GridFormats::find("init"), GridFormats::find("grid"),
-                                         GridFormats::find("bgrdecl")}) {
+    for (const std::string& text :
+         {std::string("SPECGRID\n1 1 1 1 F /\n"), std::string("'quoted' text"), std::string(5000, '\0'),
+          std::string("\0\0\0\x10", 4), RecordBytes().integers("SEQNUM", {1}).integers("INTEHEAD", {1}).bytes(),
+          RecordBytes().strings("RESTART", {"x"}).bytes()}) {
+        for (const GridFormat* format : {GridFormats::find("egrid"), GridFormats::find("init"),
+                                         GridFormats::find("grid"), GridFormats::find("bgrdecl")}) {
             ASSERT_NE(format, nullptr);
             EXPECT_FALSE(format->recognises(text, "a.file")) << format->name() << ": " << text.substr(0, 20);
         }

@@ -213,7 +213,8 @@ void expect_same_model(const GridModel& a, const GridModel& b, const json& state
     EXPECT_EQ(a.active, b.active);
     const auto difference = corner_difference(a, b);
     for (std::size_t axis = 0; axis < 3; ++axis) {
-        EXPECT_LE(difference[axis], stated["max_abs_corner_difference_xyz_active"][axis].get<double>() * (1 + 1e-8)) << axis;
+        EXPECT_LE(difference[axis], stated["max_abs_corner_difference_xyz_active"][axis].get<double>() * (1 + 1e-8))
+            << axis;
     }
     std::size_t compared = 0;
     for (const auto& [key, value] : stated.items()) {
@@ -408,8 +409,9 @@ TEST(BinaryField, SameModelInSeveralFormats)
         SCOPED_TRACE("EGRID and GRDECL");
         expect_same_model(egrid, grdecl, simple["EGRID vs GRDECL"]);
     }
-    for (const auto& [set, deck, grid] : {std::array<std::string, 3>{"model1", "FAULTS_MODEL_1.DATA", "FAULTS_MODEL_1.EGRID"},
-                                          std::array<std::string, 3>{"spe9", "SPE9_CP_SHORT.DATA", "SPE9_CP_SHORT.EGRID"}}) {
+    for (const auto& [set, deck, grid] :
+         {std::array<std::string, 3>{"model1", "FAULTS_MODEL_1.DATA", "FAULTS_MODEL_1.EGRID"},
+          std::array<std::string, 3>{"spe9", "SPE9_CP_SHORT.DATA", "SPE9_CP_SHORT.EGRID"}}) {
         SCOPED_TRACE(set);
         expect_same_model(GrdeclFormat().read(*data / set / deck, {}).model, read(*data / set / grid).model,
                           facts_of(*data / set, "")["cross_check"]["deck vs EGRID/INIT"]);
@@ -442,7 +444,8 @@ TEST(BinaryField, InitAlone)
     ReadOptions deck_options;
     deck_options.properties_only = true;
     deck_options.size = options.size;
-    const auto deck_flags = GrdeclFormat().read(*data / "norne/INCLUDE/GRID/ACTNUM_0704.prop", deck_options).model.active;
+    const auto deck_flags
+        = GrdeclFormat().read(*data / "norne/INCLUDE/GRID/ACTNUM_0704.prop", deck_options).model.active;
     ASSERT_EQ(std::count(deck_flags.begin(), deck_flags.end(), 1), 44927);
     options.active = deck_flags;
     const ReadResult again = InitFormat().read(path, options);
@@ -452,8 +455,9 @@ TEST(BinaryField, InitAlone)
 
     options.active = {};
     options.size = GridSize{46, 112, 21};
-    EXPECT_NE(test::failure(InitFormat(), path, options).find("states a grid of 46 x 112 x 22 cells, expected 46 x 112 x 21"),
-              std::string::npos);
+    EXPECT_NE(
+        test::failure(InitFormat(), path, options).find("states a grid of 46 x 112 x 22 cells, expected 46 x 112 x 21"),
+        std::string::npos);
     EXPECT_NE(test::failure(InitFormat(), path).find("there is no EGRID of the same name"), std::string::npos);
 }
 
@@ -476,7 +480,8 @@ TEST(BinaryField, PropertiesOnly)
     options.size = GridSize{4, 2, 3};
     const auto whole = read(*data / "simpleb8/B8.EGRID").model;
     for (const std::string file : {"B8.EGRID", "B8.GRID", "B8.INIT"}) {
-        const auto part = GridFormats::for_reading(*data / "simpleb8" / file).read(*data / "simpleb8" / file, options).model;
+        const auto part
+            = GridFormats::for_reading(*data / "simpleb8" / file).read(*data / "simpleb8" / file, options).model;
         EXPECT_TRUE(part.zcorn.empty()) << file;
         EXPECT_TRUE(part.coord.empty()) << file;
         GridModel joined = whole;
@@ -484,9 +489,12 @@ TEST(BinaryField, PropertiesOnly)
         EXPECT_EQ(test::difference(whole, joined), "") << file;
     }
     options.size = GridSize{4, 3, 2};
-    EXPECT_NE(test::failure(EgridFormat(), *data / "simpleb8/B8.EGRID", options).find("expected 4 x 3 x 2"), std::string::npos);
-    EXPECT_NE(test::failure(OldGridFormat(), *data / "simpleb8/B8.GRID", options).find("expected 4 x 3 x 2"), std::string::npos);
-    EXPECT_NE(test::failure(BinaryGrdeclFormat(), *data / "reek/reek3_grid_withprops.bgrdecl", options).find("expected 4 x 3 x 2"),
+    EXPECT_NE(test::failure(EgridFormat(), *data / "simpleb8/B8.EGRID", options).find("expected 4 x 3 x 2"),
+              std::string::npos);
+    EXPECT_NE(test::failure(OldGridFormat(), *data / "simpleb8/B8.GRID", options).find("expected 4 x 3 x 2"),
+              std::string::npos);
+    EXPECT_NE(test::failure(BinaryGrdeclFormat(), *data / "reek/reek3_grid_withprops.bgrdecl", options)
+                  .find("expected 4 x 3 x 2"),
               std::string::npos);
 }
 

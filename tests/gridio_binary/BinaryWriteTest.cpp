@@ -78,12 +78,14 @@ std::string array_bytes(const std::string& bytes, const std::string& name)
 TEST(BinaryWrite, EgridReadsBackWithoutLoss)
 {
     const test::TemporaryFolder folder;
-    for (const GridSize size : {GridSize{1, 1, 1}, GridSize{1, 5, 3}, GridSize{4, 1, 2}, GridSize{3, 4, 1}, GridSize{11, 9, 7}}) {
+    for (const GridSize size :
+         {GridSize{1, 1, 1}, GridSize{1, 5, 3}, GridSize{4, 1, 2}, GridSize{3, 4, 1}, GridSize{11, 9, 7}}) {
         GridModel model = plain_model(size);
         for (const std::string name : {"A.EGRID", "b.egrid", "C.FEGRID", "d.fegrid"}) {
             SCOPED_TRACE(name);
             const WriteResult written = EgridFormat().write(model, folder / name, {});
-            EXPECT_EQ(test::texts(written.messages).find("no place"), std::string::npos) << test::texts(written.messages);
+            EXPECT_EQ(test::texts(written.messages).find("no place"), std::string::npos)
+                << test::texts(written.messages);
             const ReadResult read = GridFormats::for_reading(folder / name).read(folder / name, {});
             GridModel expected = model;
             EXPECT_EQ(read.files.size(), 2U);
@@ -159,10 +161,11 @@ TEST(BinaryWrite, WhatEgridCannotHoldIsTold)
     const std::string text = test::texts(written.messages);
     for (const char* const part :
          {"COORD is rounded from 64 to 32 bits", "no place for 2 regions: Upper \"reservoir\", all",
-          "no place for 2 stratigraphic units: Top unit, Base", "fault segment", "kept keyword", "property on nodes: NODES",
-          "code names: Rock type", "property \"Rock type \"A\\B\"\" is written as Rock_typ",
-          "property \"a_very_long_property_name\" is written as a_very_l", "property \"ALONGERNAME\" is written as ALONGERN",
-          "property \"COORD\" is written as COORD2", "no place for 1 property's unit: PORO", "undefined values are written as NaN: COORD"}) {
+          "no place for 2 stratigraphic units: Top unit, Base", "fault segment", "kept keyword",
+          "property on nodes: NODES", "code names: Rock type", "property \"Rock type \"A\\B\"\" is written as Rock_typ",
+          "property \"a_very_long_property_name\" is written as a_very_l",
+          "property \"ALONGERNAME\" is written as ALONGERN", "property \"COORD\" is written as COORD2",
+          "no place for 1 property's unit: PORO", "undefined values are written as NaN: COORD"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
     }
     EXPECT_EQ(text.find("ZCORN is rounded"), std::string::npos) << text;
@@ -183,7 +186,8 @@ TEST(BinaryWrite, WhatEgridCannotHoldIsTold)
             const auto values = test::values_of(found);
             EXPECT_EQ(found.values.index(), property.values.index()) << property.name;
             for (std::size_t i = 0; i < expected.size(); ++i) {
-                const bool undefined = std::isnan(expected[i]) || (property.no_data && expected[i] == *property.no_data);
+                const bool undefined
+                    = std::isnan(expected[i]) || (property.no_data && expected[i] == *property.no_data);
                 ASSERT_TRUE(undefined ? std::isnan(values[i]) : values[i] == expected[i]) << property.name << ' ' << i;
             }
         }
@@ -216,7 +220,8 @@ TEST(BinaryWrite, NamesStayDifferent)
             EXPECT_LE(read.properties[i].name.size(), 8U);
             found.insert(read.properties[i].name);
             const bool kept = read.properties[i].name == names[i];
-            EXPECT_EQ(kept, text.find('"' + names[i] + "\" is written as " + read.properties[i].name) == std::string::npos);
+            EXPECT_EQ(kept,
+                      text.find('"' + names[i] + "\" is written as " + read.properties[i].name) == std::string::npos);
         }
         EXPECT_EQ(found.size(), names.size());
         for (const std::string name : {"PORO", "porosity", "porosit2", "12345678", "1234567X"}) {
@@ -238,7 +243,8 @@ TEST(BinaryWrite, BinaryGrdeclReadsBackWithoutLoss)
             if (wide) {
                 model.coord = test::values_of(model.coord);
                 model.zcorn = test::values_of(model.zcorn);
-                model.zcorn.visit_mutable([](auto values) { values[0] = static_cast<std::remove_reference_t<decltype(values[0])>>(100.1); });
+                model.zcorn.visit_mutable(
+                    [](auto values) { values[0] = static_cast<std::remove_reference_t<decltype(values[0])>>(100.1); });
             }
             const auto path = folder / "a.bgrdecl";
             const WriteResult written = GridFormats::for_writing(path).write(model, path, {});
@@ -316,15 +322,17 @@ TEST(BinaryWrite, InitOfAnotherGridBesideIt)
     EXPECT_NE(written.messages[0].text.find("may not belong to it"), std::string::npos);
     const ReadResult read = EgridFormat().read(folder / "A.EGRID", {});
     EXPECT_EQ(test::difference(bare, read.model), "");
-    EXPECT_NE(test::texts(read.messages).find("states a grid of 2 x 2 x 2 cells, expected 3 x 2 x 2; its properties are left out"),
+    EXPECT_NE(test::texts(read.messages)
+                  .find("states a grid of 2 x 2 x 2 cells, expected 3 x 2 x 2; its properties are left out"),
               std::string::npos);
     // The same size, other active cells, and nothing that says which.
     bare = plain_model({2, 2, 2});
     bare.properties.clear();
     bare.active.assign(8, 1);
     EgridFormat().write(bare, folder / "A.EGRID", {});
-    EXPECT_NE(test::texts(EgridFormat().read(folder / "A.EGRID", {}).messages).find("states 5 active cells, expected 8"),
-              std::string::npos);
+    EXPECT_NE(
+        test::texts(EgridFormat().read(folder / "A.EGRID", {}).messages).find("states 5 active cells, expected 8"),
+        std::string::npos);
 }
 
 TEST(BinaryWrite, FieldModelsReadBackWithoutLoss)
@@ -399,7 +407,8 @@ TEST(BinaryWrite, AnIndependentProgramConverts)
     EgridFormat().write(model, folder / "A.EGRID", {});
     EgridFormat().write(model, folder / "B.FEGRID", {});
     for (const std::string file : {"A.EGRID", "A.INIT", "B.FEGRID", "B.FINIT"}) {
-        EXPECT_TRUE(run(folder, "'" + converter->string() + "' " + file)) << file << ": " << test::file_text(folder / "log");
+        EXPECT_TRUE(run(folder, "'" + converter->string() + "' " + file))
+            << file << ": " << test::file_text(folder / "log");
     }
     // Text to binary and back: the very bytes that were written as binary.
     EXPECT_TRUE(test::file_text(folder / "B.EGRID") == test::file_text(folder / "A.EGRID"));

@@ -91,7 +91,8 @@ SmallGrid::SmallGrid(const GridSize& wanted) : size(wanted)
         for (std::int64_t at = 0; at < 4 * ni * nj; ++at) {
             const std::int64_t i = at % (2 * ni) / 2;
             const std::int64_t j = at / (2 * ni) / 2;
-            zcorn.push_back(100 + 2 * static_cast<float>((layer + 1) / 2) + 0.25F * static_cast<float>((i + 3 * j) % 5));
+            zcorn.push_back(100 + 2 * static_cast<float>((layer + 1) / 2)
+                            + 0.25F * static_cast<float>((i + 3 * j) % 5));
         }
     }
 }
@@ -172,7 +173,8 @@ std::string failure(const GridFormat& format, const std::filesystem::path& path,
     try {
         (void)format.read(path, options);
     } catch (const FileError& error) {
-        EXPECT_EQ(std::filesystem::path(error.file()).replace_extension(), std::filesystem::path(path).replace_extension());
+        EXPECT_EQ(std::filesystem::path(error.file()).replace_extension(),
+                  std::filesystem::path(path).replace_extension());
         return (error.line() > 0 ? std::to_string(error.line()) + ": " : "") + error.reason();
     }
     return "";

@@ -51,7 +51,8 @@ RecordBytes egrid_bytes(const SmallGrid& grid, const std::vector<std::int32_t>& 
 /// INTEHEAD; units: 1 metric, 2 field, 3 laboratory.
 RecordBytes init_bytes(const GridSize& size, std::int32_t active, std::int32_t units = 1);
 
-/// Where arrays begin, in order, as stated by their headers; the end of the file last. For unformatted big-endian files.
+/// Where arrays begin, in order, as stated by their headers; the end of the file last. For unformatted big-endian
+/// files.
 struct ArrayPlace {
     std::string name;
     std::size_t begin = 0;

@@ -49,7 +49,10 @@ TEST(RecordFile, ReadsBothByteOrders)
 {
     for (const bool little : {false, true}) {
         RecordBytes bytes(little);
-        bytes.integers("I", {1, -2, 1 << 30}).reals("R", {1.5F, -0.0F}).doubles("D", {1e300, 0.1}).strings("S", {"AB", "12345678"});
+        bytes.integers("I", {1, -2, 1 << 30})
+            .reals("R", {1.5F, -0.0F})
+            .doubles("D", {1e300, 0.1})
+            .strings("S", {"AB", "12345678"});
         Reader reader(bytes.bytes(), "f");
         EXPECT_FALSE(reader.formatted());
         auto header = reader.next();
@@ -129,21 +132,24 @@ TEST(RecordFile, DamagedRecords)
     EXPECT_EQ(reason(good), "");
     EXPECT_EQ(reason(""), "f: is empty");
     EXPECT_EQ(reason("ab"), "f: is too short for a header");
-    EXPECT_EQ(reason("abcdefgh"), "f: begins neither with the length of a header record (16) nor with a name in quotes");
+    EXPECT_EQ(reason("abcdefgh"),
+              "f: begins neither with the length of a header record (16) nor with a name in quotes");
     EXPECT_EQ(reason(with(good, 23, 17)), "f: at byte 0: the lengths before and behind a header differ: 16 and 17");
     EXPECT_EQ(reason(with(good, 5, '\n')), "f: at byte 0: the name \"G?OD    \" is no text");
     EXPECT_EQ(reason(with(good, 16, 'X')), "f: at byte 0: \"GOOD\": the type \"XNTE\" is not known");
     EXPECT_EQ(reason(with(good, 12, '\x80')), "f: at byte 0: \"GOOD\": states -2147483646 values");
     EXPECT_EQ(reason(with(good, 15, 100)),
               "f: at byte 0: \"GOOD\": 100 values of 4 bytes, but the file has only 52 bytes behind the header");
-    EXPECT_EQ(reason(with(good, 15, 3)), "f: at byte 40: \"GOOD\": a record of 16 bytes, expected 1 values of 4 bytes or a part of them");
+    EXPECT_EQ(reason(with(good, 15, 3)),
+              "f: at byte 40: \"GOOD\": a record of 16 bytes, expected 1 values of 4 bytes or a part of them");
     EXPECT_EQ(reason(with(good, 27, 12)),
               "f: at byte 24: \"GOOD\": a record of 12 bytes, expected 2 values of 4 bytes or a part of them");
     EXPECT_EQ(reason(with(good, 27, 6)),
               "f: at byte 24: \"GOOD\": a record of 6 bytes, expected 2 values of 4 bytes or a part of them");
     EXPECT_EQ(reason(with(good, 24, '\xFF')),
               "f: at byte 24: \"GOOD\": a record of -16777208 bytes, expected 2 values of 4 bytes or a part of them");
-    EXPECT_EQ(reason(with(good, 39, 4)), "f: at byte 36: \"GOOD\": the lengths before and behind a record differ: 8 and 4");
+    EXPECT_EQ(reason(with(good, 39, 4)),
+              "f: at byte 36: \"GOOD\": the lengths before and behind a record differ: 8 and 4");
     EXPECT_EQ(reason(with(good, 43, 99)), "f: at byte 40: a record of 99 bytes where a header of 16 is expected");
     EXPECT_EQ(reason(good.substr(0, 20)), "f: at byte 0: the file ends within a header");
     EXPECT_EQ(reason(good + std::string(3, '\0')), "f: at byte 76: the file ends within a header");
@@ -156,16 +162,18 @@ TEST(RecordFile, DamagedRecords)
               "f: at byte 0: \"BIG\": 2147483653 values of 4 bytes, but the file has only 0 bytes behind the header");
     EXPECT_EQ(reason(RecordBytes().header("BIG", -1, "X231").header("OTHER", 5, "INTE").bytes()),
               "f: at byte 0: \"OTHER\": the header behind one of type X231 is of \"OTHER\", expected \"BIG\"");
-    EXPECT_EQ(reason(RecordBytes().header("S", 1, "C000").bytes()), "f: at byte 0: \"S\": the type \"C000\" is not known");
+    EXPECT_EQ(reason(RecordBytes().header("S", 1, "C000").bytes()),
+              "f: at byte 0: \"S\": the type \"C000\" is not known");
 }
 
 TEST(RecordFile, Text)
 {
-    const std::string text = " 'INTS    '           3 'INTE'\n           1          -2\n  2147483647\n"
-                             " 'REALS   '           7 'REAL'\n   0.19995000E+04  -.5 1 +2.5D0 0.1-2 1E-50 -1.5D-60\n"
-                             " 'DOUBS   '           3 'DOUB'\r\n 0.12345678901234D+03 1.5-105 -0.25+100\r\n"
-                             " 'CHARS   '           2 'CHAR'\n 'METRES  ' '        '\n"
-                             " 'LOGS    '           3 'LOGI'\n  T  F  T\n 'NONE'  0 'INTE'\n 'LAST    '  1 'C012'\n 'it says so  '\n";
+    const std::string text
+        = " 'INTS    '           3 'INTE'\n           1          -2\n  2147483647\n"
+          " 'REALS   '           7 'REAL'\n   0.19995000E+04  -.5 1 +2.5D0 0.1-2 1E-50 -1.5D-60\n"
+          " 'DOUBS   '           3 'DOUB'\r\n 0.12345678901234D+03 1.5-105 -0.25+100\r\n"
+          " 'CHARS   '           2 'CHAR'\n 'METRES  ' '        '\n"
+          " 'LOGS    '           3 'LOGI'\n  T  F  T\n 'NONE'  0 'INTE'\n 'LAST    '  1 'C012'\n 'it says so  '\n";
     Reader reader(text, "f");
     EXPECT_TRUE(reader.formatted());
     auto header = reader.next();
@@ -199,7 +207,8 @@ TEST(RecordFile, Text)
 TEST(RecordFile, DamagedText)
 {
     EXPECT_EQ(reason(" 'A       '  2 'INTE'\n 1 x\n"), "f:2: \"A\": \"x\" is not a number of type INTE");
-    EXPECT_EQ(reason(" 'A       '  2 'INTE'\n 1 99999999999\n"), "f:2: \"A\": \"99999999999\" is beyond the range of type INTE");
+    EXPECT_EQ(reason(" 'A       '  2 'INTE'\n 1 99999999999\n"),
+              "f:2: \"A\": \"99999999999\" is beyond the range of type INTE");
     EXPECT_EQ(reason(" 'A       '  2 'INTE'\n 1\n"), "f:3: \"A\": the file ends, 1 of 2 values are missing");
     EXPECT_EQ(reason(" 'A       '  1 'REAL'\n ********\n"), "f:2: \"A\": \"********\" is not a number of type REAL");
     EXPECT_EQ(reason(" 'A       '  1 'REAL'\n 0.1E+50\n"), "f:2: \"A\": \"0.1E+50\" is beyond the range of type REAL");
@@ -223,8 +232,9 @@ TEST(RecordFile, DamagedText)
 template <class T> std::vector<T> special_numbers(std::size_t count)
 {
     using Limits = std::numeric_limits<T>;
-    const std::vector<T> some = {T(0.1), T(-1) / 3, Limits::max(), Limits::lowest(), Limits::min(), Limits::denorm_min(),
-                                 T(0), T(-0.0), T(123456.789), Limits::epsilon()};
+    const std::vector<T> some
+        = {T(0.1), T(-1) / 3, Limits::max(), Limits::lowest(), Limits::min(), Limits::denorm_min(),
+           T(0),   T(-0.0),   T(123456.789), Limits::epsilon()};
     std::vector<T> numbers(count);
     for (std::size_t i = 0; i < count; ++i) {
         numbers[i] = some[i % some.size()];
@@ -342,7 +352,8 @@ TEST(RecordFile, NotFiles)
 
 TEST(RecordFile, HeadersOfTheBeginning)
 {
-    const std::string bytes = RecordBytes().integers("A", {1, 2}).reals("B", {1}).strings("C", {"x"}).empty("D").bytes();
+    const std::string bytes
+        = RecordBytes().integers("A", {1, 2}).reals("B", {1}).strings("C", {"x"}).empty("D").bytes();
     std::string names;
     for (const auto& header : records::peek_headers(bytes)) {
         names += header.name + std::to_string(header.count) + ' ';

@@ -89,7 +89,8 @@ ReadResult read(std::string_view bytes, const ReadOptions& options = {})
     return roff::read_bytes(bytes, "folder/model.roff", options);
 }
 
-void expect_refused(const std::string& bytes, std::int64_t line, const std::string& reason, const ReadOptions& options = {})
+void expect_refused(const std::string& bytes, std::int64_t line, const std::string& reason,
+                    const ReadOptions& options = {})
 {
     try {
         (void)read(bytes, options);
@@ -112,7 +113,8 @@ TEST(RoffRead, TheSmallTextIsGood)
     const std::vector<double> coord = test::values_of(model.coord);
     EXPECT_EQ(std::vector<double>(coord.end() - 6, coord.end()),
               (std::vector<double>{1001, 2001, 10, 1001, 2001, 12}));
-    EXPECT_EQ(test::values_of(model.zcorn), (std::vector<double>{10, 10, 10, 10, 11, 11, 11, 11, 11, 11, 11, 11, 12, 12, 12, 12}));
+    EXPECT_EQ(test::values_of(model.zcorn),
+              (std::vector<double>{10, 10, 10, 10, 11, 11, 11, 11, 11, 11, 11, 11, 12, 12, 12, 12}));
     // The file has the bottom cell first.
     EXPECT_EQ(model.active, (std::vector<std::uint8_t>{0, 1}));
     ASSERT_EQ(model.properties.size(), 1U);
@@ -155,8 +157,9 @@ TEST(RoffRead, OptionalPartsMayBeAbsentAndTheOrderIsFree)
                       "-11 -10\narray byte splitEnz 12\n1 1 1 1 1 1 1 1 1 1 1 1\nendtag\ntag active");
     EXPECT_EQ(test::difference(read(turned).model, read(small_text).model), "");
     // Carriage returns, tabs, comments between numbers.
-    std::string odd = replaced(small_text, "-12 -11 -10 -12 -11 -10 -12 -11 -10 -12 -11 -10",
-                               "-12 #here and\t# -11\t-10\r\n-12 -11 -10 # to the end\n-1.2E+01 -1.1e1 -10.0 -12. -11 -10");
+    std::string odd =
+        replaced(small_text, "-12 -11 -10 -12 -11 -10 -12 -11 -10 -12 -11 -10",
+                 "-12 #here and\t# -11\t-10\r\n-12 -11 -10 # to the end\n-1.2E+01 -1.1e1 -10.0 -12. -11 -10");
     EXPECT_EQ(test::difference(read(odd).model, read(small_text).model), "");
 }
 
@@ -172,8 +175,9 @@ TEST(RoffRead, ElevationsAreTurnedIntoDepths)
 
 TEST(RoffRead, UnknownTagsArePassedOverWithAMessage)
 {
-    const std::string text = replaced(small_text, "tag active", "tag wells\nchar w \"tag endtag\"\narray float x 3\n1 2 nan\n"
-                                                                "array char names 2 \"a\" \"b\"\nbool b 1\nendtag\ntag active");
+    const std::string text = replaced(small_text, "tag active",
+                                      "tag wells\nchar w \"tag endtag\"\narray float x 3\n1 2 nan\n"
+                                      "array char names 2 \"a\" \"b\"\nbool b 1\nendtag\ntag active");
     const ReadResult result = read(text);
     ASSERT_EQ(result.messages.size(), 1U);
     EXPECT_EQ(result.messages[0].level, Message::Level::Info);
@@ -200,7 +204,8 @@ TEST(RoffRead, NamesThatStandTwiceAndNamesThatAreAbsent)
 
 TEST(RoffErrors, TextWithItsLine)
 {
-    const auto refused = [](const std::string& what, const std::string& by, std::int64_t line, const std::string& reason) {
+    const auto refused = [](const std::string& what, const std::string& by, std::int64_t line,
+                            const std::string& reason) {
         SCOPED_TRACE(what + " -> " + by);
         expect_refused(replaced(small_text, what, by), line, reason);
     };
@@ -256,9 +261,11 @@ TEST(RoffErrors, TextWithItsLine)
     refused("tag zvalues", "tag zvalue", 0, "has cornerLines but no zvalues");
     refused("tag cornerLines", "tag cornerLine", 0, "has zvalues but no cornerLines");
     refused("tag eof\nendtag\n", "", 56, "cut off");
-    refused("tag eof\nendtag\n", "tag lodexParameter\nbyte region 1\nendtag\ntag lodexParameter\nbyte region 1\nendtag\n", 59,
+    refused("tag eof\nendtag\n",
+            "tag lodexParameter\nbyte region 1\nendtag\ntag lodexParameter\nbyte region 1\nendtag\n", 59,
             "does not stand behind a parameter");
-    refused("float xoffset 1.00000000E+03", "float xoffset 1.00000000E+03" + std::string(2000, '0'), 18, "expected the value");
+    refused("float xoffset 1.00000000E+03", "float xoffset 1.00000000E+03" + std::string(2000, '0'), 18,
+            "expected the value");
     refused("tag active", "tag "s + std::string(3000, 'x'), 42, "a word of more than");
     refused("tag active", "tag \0active"s, 42, "expected a word");
 }
@@ -275,11 +282,15 @@ TEST(RoffErrors, WordsOfTheOwnTagsAreChecked)
             EXPECT_GT(error.line(), 0);
         }
     };
-    refused("tag lodexUnits\narray char unit 1 \"A\"\narray float cellThickness 1 0\narray int style 1 0", "expected 2 texts");
-    refused("tag lodexUnits\narray char unit 2 \"A\" \"B\"\narray float cellThickness 1 0\narray int style 2 0 0", "does not fit");
-    refused("tag lodexUnits\narray char unit 2 \"A\" \"B\"\narray float cellThickness 2 0 0\narray int style 2 0 3", "style 3");
+    refused("tag lodexUnits\narray char unit 1 \"A\"\narray float cellThickness 1 0\narray int style 1 0",
+            "expected 2 texts");
+    refused("tag lodexUnits\narray char unit 2 \"A\" \"B\"\narray float cellThickness 1 0\narray int style 2 0 0",
+            "does not fit");
+    refused("tag lodexUnits\narray char unit 2 \"A\" \"B\"\narray float cellThickness 2 0 0\narray int style 2 0 3",
+            "style 3");
     refused("tag lodexFrame\narray double mapAxes 5 1 2 3 4 5", "expected 6");
-    refused("tag lodexFaults\narray char name 1 \"A\"\narray char face 1 \"I\"\narray int box 5 1 2 3 4 5", "expected 0 texts");
+    refused("tag lodexFaults\narray char name 1 \"A\"\narray char face 1 \"I\"\narray int box 5 1 2 3 4 5",
+            "expected 0 texts");
     refused("tag lodexKept\narray char name 1 \"A\"", "has no line");
     refused("tag lodexPoints\nchar name \"P\"\narray float data 2 1 2", "expected 12 for the points");
     refused("tag lodexCornerLines\narray double data 2 1 2", "does not fit");
@@ -315,7 +326,8 @@ TEST(RoffErrors, BinaryWithItsByte)
             expect_refused(changed, 0, "at byte " + std::to_string(at) + ':');
         }
     };
-    refused("byteswaptest\0\1\0\0\0"s, "byteswaptest\0\2\0\0\0"s, "byteswaptest is 2, expected 1 in one of the two byte orders");
+    refused("byteswaptest\0\1\0\0\0"s, "byteswaptest\0\2\0\0\0"s,
+            "byteswaptest is 2, expected 1 in one of the two byte orders");
     refused("byteswaptest\0\1\0\0\0"s, "byteswaptest\0\0\1\0\0"s, "byteswaptest is 256");
     refused("byteswaptest\0\1\0\0\0"s, "byteswaptest\0\0\0\0\1"s, "both byte orders mixed");
     refused("int\0byteswaptest"s, "int\0byteswaptext"s, "before the byteswaptest");

@@ -69,7 +69,8 @@ TEST(RoffWrite, EverythingComesBackInEveryForm)
 TEST(RoffWrite, TilesOfEveryShapeComeBack)
 {
     // Wider than a tile, longer than its rows, deeper than its columns.
-    for (const GridSize size : {GridSize{50, 3, 2}, GridSize{2, 3000, 10}, GridSize{2, 1, 40000}, GridSize{33, 130, 140}}) {
+    for (const GridSize size :
+         {GridSize{50, 3, 2}, GridSize{2, 3000, 10}, GridSize{2, 1, 40000}, GridSize{33, 130, 140}}) {
         GridModel model = box(size[0], size[1], size[2]);
         std::vector<std::int32_t> number(static_cast<std::size_t>(model.cells()));
         for (std::size_t n = 0; n < number.size(); ++n) {
@@ -317,7 +318,8 @@ endtag
     GridFormats::for_writing(binary).write(model, binary, {});
     const std::string bytes = test::file_text(binary);
     using namespace std::string_literals;
-    EXPECT_TRUE(bytes.starts_with("roff-bin\0#ROFF file#\0tag\0filedata\0int\0byteswaptest\0\1\0\0\0char\0filetype\0grid\0"s));
+    EXPECT_TRUE(
+        bytes.starts_with("roff-bin\0#ROFF file#\0tag\0filedata\0int\0byteswaptest\0\1\0\0\0char\0filetype\0grid\0"s));
     EXPECT_NE(bytes.find("array\0int\0data\0\2\0\0\0\1\0\0\0\3\0\0\0endtag\0tag\0eof\0endtag\0"s), std::string::npos);
     GridFormats::for_writing("x.roff", "roff_big_endian").write(model, binary, {});
     EXPECT_NE(test::file_text(binary).find("array\0int\0data\0\0\0\0\2\0\0\0\1\0\0\0\3endtag\0"s), std::string::npos);

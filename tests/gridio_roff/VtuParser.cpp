@@ -22,7 +22,8 @@ struct Element {
 
 std::string plain(std::string text)
 {
-    for (const auto& [entity, c] : std::map<std::string, char>{{"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&amp;", '&'}}) {
+    for (const auto& [entity, c] :
+         std::map<std::string, char>{{"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&amp;", '&'}}) {
         for (auto at = text.find(entity); at != std::string::npos; at = text.find(entity, at + 1)) {
             text.replace(at, entity.size(), 1, c);
         }

@@ -46,7 +46,9 @@ void expect_opens(const GridModel& model)
         ASSERT_EQ(grid->GetCellType(cell), VTK_HEXAHEDRON);
         grid->GetCellPoints(cell, points);
         ASSERT_EQ(points->GetNumberOfIds(), 8);
-        const auto index = [cell](vtkDataArray* array) { return static_cast<std::int64_t>(array->GetTuple1(cell)) - 1; };
+        const auto index = [cell](vtkDataArray* array) {
+            return static_cast<std::int64_t>(array->GetTuple1(cell)) - 1;
+        };
         const CellCorners corners = cell_corners(model, index(is), index(js), index(ks));
         Point3 sum{}, expected{};
         for (vtkIdType n = 0; n < 8; ++n) {

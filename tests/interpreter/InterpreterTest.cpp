@@ -189,6 +189,7 @@ TEST_F(Interpretation, TheLongestVerbWins)
 TEST_F(Interpretation, SaysWhatIsWrongAndWhere)
 {
     add("A");
+    add("B C");
     const std::vector<std::pair<std::string, std::string>> cases{
         {"hello", "1:1: a statement begins with \"lodex\", not with \"hello\""},
         {"lodex", "1:1: expected a verb behind \"lodex\""},
@@ -214,7 +215,12 @@ TEST_F(Interpretation, SaysWhatIsWrongAndWhere)
         {"lodex on", "1:7: expected a type of object behind \"on\""},
         {"lodex on Nothing A poke", "1:10: there is no type of object \"Nothing\""},
         {"lodex on Thing", "1:10: expected the name of an object and a verb behind \"Thing\""},
-        {"lodex on Thing A jump", "1:18: no verb of Thing stands behind the name; see help"},
+        {"lodex on Thing A jump", "1:18: there is no verb \"jump\" of Thing"},
+        {"lodex on Thing B C jump high", "1:20: there is no verb \"jump\" of Thing"},
+        {"lodex on Thing A", "1:16: expected a verb behind the name of the Thing"},
+        {"lodex take list 0+1 colour red", "1:21: \"take\" has no keyword \"colour\"; usage: "},
+        {"lodex take flag 1 flag 0", "1:19: \"flag\" is given twice"},
+        {"lodex take real 1 nan", "1:17: \"real\" is \"1 nan\"; expected a finite number"},
         {"lodex on Thing No One poke", "1:16: there is no Thing \"No One\""},
         {"lodex take\n lodex take \"", "2:13: a double quote is not closed on its line"},
     };
@@ -314,6 +320,33 @@ TEST_F(Interpretation, CancelEndsAVerb)
     EXPECT_EQ(results[0].status, StatementStatus::Cancelled);
     EXPECT_EQ(results[0].message, "1:1: cancelled; nothing was changed\n  in: lodex wait");
     EXPECT_FALSE(Interpreter::instance().busy());
+}
+
+TEST_F(Interpretation, ACancelEndsTheSubmissionEvenWhenToldToGoOn)
+{
+    class Stopped : public Lodex::ProgressSink {
+    public:
+        void begin(const Lodex::CString&) override {}
+        bool progress(double) override { return false; }
+        void end() override {}
+    } sink;
+    Lodex::ProgressSink* former = Lodex::ProgressTracer::set_sink(&sink);
+    const auto results = Interpreter::instance().run("lodex wait; lodex make thing name A", {.keep_going = true});
+    Lodex::ProgressTracer::set_sink(former);
+    ASSERT_EQ(results.size(), 2u);
+    EXPECT_EQ(results[0].status, StatementStatus::Cancelled);
+    EXPECT_EQ(results[1].status, StatementStatus::Skipped);
+    EXPECT_FALSE(exists("A"));
+}
+
+TEST_F(Interpretation, LongStatementsToAnObjectAreReadInTime)
+{
+    add("A");
+    std::string text = "lodex on Thing A poke";
+    for (int i = 0; i < 100000; ++i)
+        text += " poke";
+    ASSERT_TRUE(run(text));
+    EXPECT_EQ(seen.object, "A");
 }
 
 TEST_F(Interpretation, RefusesASubmissionWhileAnotherOneRuns)

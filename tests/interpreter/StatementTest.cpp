@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 
 using namespace lodex;
@@ -19,7 +20,10 @@ std::vector<std::string> texts(std::string_view submission)
 
 std::vector<std::string> resolve(std::string_view list, const std::set<std::string>& names)
 {
-    return resolve_joined(list, [&](const std::string& name) { return names.contains(name); }, "region");
+    std::size_t longest = 0;
+    for (const std::string& name : names)
+        longest = std::max(longest, name.size());
+    return resolve_joined(list, [&](const std::string& name) { return names.contains(name); }, longest, "region");
 }
 
 std::string resolve_error(std::string_view list, const std::set<std::string>& names)
@@ -140,4 +144,27 @@ TEST(JoinedNames, NoReadingNamesWhatIsLeft)
 {
     EXPECT_EQ(resolve_error("A+X+B", {"A", "B"}), "there is no region \"X+B\"");
     EXPECT_EQ(resolve_error("X", {}), "there is no region \"X\"");
+}
+
+TEST(JoinedLists, BlanksAroundThePiecesAreFree)
+{
+    EXPECT_EQ(split_joined(" 0+2 + 3+\t5 "), (Texts{"0", "2", "3", "5"}));
+    EXPECT_EQ(split_joined(" + "), (Texts{"", ""}));
+    EXPECT_EQ(split_joined_numbers("1e+2 + 3"), (Texts{"1e+2", "3"}));
+    EXPECT_EQ(resolve("Upper + Reef + B", {"Upper Reef", "B"}), (Texts{"Upper Reef", "B"}));
+}
+
+TEST(JoinedLists, LongOnesAreReadInTime)
+{
+    // Trying every run of these pieces would take some 10^11 steps.
+    constexpr std::size_t count = 300000;
+    std::string list, unknown = "B";
+    for (std::size_t i = 0; i < count; ++i) {
+        list += "A+";
+        unknown += "+A";
+    }
+    const Texts names = resolve(list, {"A", "A B"});
+    EXPECT_EQ(names, Texts(count, "A"));
+    EXPECT_EQ(resolve_error(unknown, {"A", "A B"}), "there is no region \"" + unknown + "\"");
+    EXPECT_EQ(resolve("A B C", {"A B C"}), Texts{"A B C"});
 }

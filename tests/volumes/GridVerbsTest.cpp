@@ -66,6 +66,10 @@ TEST_F(GridVerbs, RefusesSizesThatMakeNoGrid)
     EXPECT_NE(error("lodex create sgrid name A size 1+1+1 spacing 0+1+1"), "no error");
     EXPECT_NE(error("lodex create sgrid name A size 1+1+1 spacing 1+1"), "no error");
     EXPECT_NE(error("lodex create sgrid name A size 1+1+1 spacing 1+1+1 origin 1+nan+1"), "no error");
+    EXPECT_NE(error("lodex create sgrid name A size 2+2+2 spacing 1e308+1+1"), "no error") << "leaves the range of numbers";
+    EXPECT_NE(error("lodex create sgrid name A size 2+2+2 spacing 1e120+1e120+1e120"), "no error") << "so does the volume";
+    EXPECT_NE(error("lodex create sgrid name A size 2+2+2 spacing 1+1+1 origin 0+0+1e17"), "no error") << "all depths alike";
+    EXPECT_EQ(find_grid("A"), nullptr);
 }
 
 TEST_F(GridVerbs, PropertyStatisticsAreThoseOfTheActiveCells)
@@ -99,6 +103,8 @@ TEST_F(GridVerbs, FillsAndReplacesProperties)
     EXPECT_NE(error("lodex on SGrid Box fill_property A value 1 lognormal 1+1"), "no error");
     EXPECT_NE(error("lodex on SGrid Box fill_property A lognormal -1+1"), "no error");
     EXPECT_NE(error("lodex on SGrid Box fill_property everywhere value 1"), "no error");
+    EXPECT_NE(error("lodex on SGrid Box fill_property A value 1e39"), "no error") << "beyond 32-bit numbers";
+    EXPECT_NE(error("lodex on SGrid Box fill_property A lognormal 1e38+3"), "no error") << "beyond 32-bit numbers";
     EXPECT_EQ(model("Box").find_property("A"), nullptr);
 }
 
@@ -172,6 +178,29 @@ TEST_F(GridVerbs, FillsLayeringInfo)
     EXPECT_EQ(model("Zoned").layers.size(), 2u);
 }
 
+TEST_F(GridVerbs, LayerFilesAreReadLineByLine)
+{
+    add_box("Box", {1, 1, 6});
+    const auto from = [&](const std::string& text) {
+        return "lodex on SGrid Box set_layers file \"" + write("units.txt", text) + "\"";
+    };
+    ASSERT_TRUE(run(from("-- from top to bottom\n 'A--1 #2' 1 - 2 # red\nZone 2  3 - 3\n\n\"C\" 4-6 -- blue\n")));
+    ASSERT_EQ(model("Box").layers.size(), 3u);
+    EXPECT_EQ(model("Box").layers[0].unit, "A--1 #2");
+    EXPECT_EQ(model("Box").layers[1].unit, "Zone 2");
+    EXPECT_EQ(model("Box").layers[2].nb_k_cells, 3);
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"A 1 - 3\n", "the units have 3 K cells, the grid has 6"},
+        {"A 1 - 3\nB 5 - 6\n", "units.txt:2: the K layers are 5 - 6; expected a range that begins at 4"},
+        {"A 1 - 9223372036854775807\nB 1 - 2\n", "units.txt:1: the K layers are 1 - 9223372036854775807; expected a range"},
+        {"A 1 - 6\nB\n", "units.txt:2: expected a unit and its K layers"},
+        {"# nothing\n", "units.txt: holds no units"},
+    };
+    for (const auto& [text, message] : cases)
+        EXPECT_NE(error(from(text)).find(message), std::string::npos) << error(from(text));
+    EXPECT_EQ(model("Box").layers.size(), 3u) << "nothing changed";
+}
+
 TEST_F(GridVerbs, PaintedSectionsAreAnAttributeThatIsReplacedWhole)
 {
     add_box("Box", {2, 3, 4});
@@ -186,7 +215,8 @@ TEST_F(GridVerbs, PaintedSectionsAreAnAttributeThatIsReplacedWhole)
     ASSERT_TRUE(run("lodex on Style Box set attribute *sections value \"3 3 1 4 1 1 1 2 1 -1\""));
     EXPECT_EQ(style->attribute("*sections").str(), " 1 1 1 1");
     EXPECT_EQ(messages.of(Lodex::LogLevel::Warning), Texts{"2 painted sections lie outside the grid and are left out\n"});
-    for (const char* bad : {"", "2 1 1 0", "1 4 1 0", "1 1 2 0", "1 1 1 x", "-1"})
+    // The long count times three and one is 3 in 64 bits.
+    for (const char* bad : {"", "2 1 1 0", "1 4 1 0", "1 1 2 0", "1 1 1 x", "-1", "6148914691236517206 1 1", "1 1 1 0 1 1"})
         EXPECT_NE(error(std::string("lodex on Style Box set attribute *sections value \"") + bad + "\""), "no error") << bad;
     EXPECT_EQ(style->attribute("*sections").str(), " 1 1 1 1");
 }
@@ -289,10 +319,10 @@ TEST_F(GridVerbs, NamedCoarseningsAreKeptAndApplied)
 TEST_F(GridVerbs, SetsAPropertyFromAFileOfNumbers)
 {
     add_box("Box", {2, 1, 2});
-    EXPECT_TRUE(run("lodex on SGrid Box set_property A file \"" + write("a.txt", "1 2.5\n-3e-1\tnan\n") + "\""));
+    EXPECT_TRUE(run("lodex on SGrid Box set_property A file \"" + write("a.txt", "1 2.5\n-3e-1\t4\n") + "\""));
     EXPECT_EQ(value("Box", "A", 1, 0, 0), 2.5);
     EXPECT_EQ(value("Box", "A", 0, 0, 1), -0.3);
-    EXPECT_TRUE(std::isnan(value("Box", "A", 1, 0, 1)));
+    EXPECT_EQ(value("Box", "A", 1, 0, 1), 4);
 
     const double raw[4] = {1.25, -2, 1e300, 4};
     EXPECT_TRUE(run("lodex on SGrid Box set_property B file \"" +
@@ -303,6 +333,12 @@ TEST_F(GridVerbs, SetsAPropertyFromAFileOfNumbers)
     EXPECT_NE(error("lodex on SGrid Box set_property C file \"" + write("d.txt", "1 2 3 4\n5") + "\"").find("d.txt:2: holds more than 4 values; expected 4"), std::string::npos);
     EXPECT_NE(error("lodex on SGrid Box set_property C file \"" + write("e.txt", "1 2\nthree 4") + "\"").find("e.txt:2: \"three\" is no finite number"), std::string::npos);
     EXPECT_NE(error("lodex on SGrid Box set_property C file \"" + write("f.txt", "1 inf 3 4") + "\"").find("f.txt:1: \"inf\" is no finite number"), std::string::npos);
+    EXPECT_NE(error("lodex on SGrid Box set_property C file \"" + write("n.txt", "1 2\n3 nan") + "\"").find("n.txt:2: \"nan\" is no finite number"), std::string::npos);
+    const double bad[4] = {1, 2, std::nan(""), 4};
+    EXPECT_NE(error("lodex on SGrid Box set_property C file \"" +
+                    write("n.bin", std::string(reinterpret_cast<const char*>(bad), sizeof bad)) + "\"")
+                  .find("n.bin: value 3 is \"nan\", which is no finite number"),
+              std::string::npos);
     EXPECT_NE(error("lodex on SGrid Box set_property C file \"" + write("g.bin", std::string("\x01\x02\x03", 3)) + "\"").find("g.bin: holds 3 bytes; expected 4 doubles"), std::string::npos);
     EXPECT_NE(error("lodex on SGrid Box set_property C file \"/nowhere/x\"").find("/nowhere/x: cannot be read"), std::string::npos);
     EXPECT_EQ(model("Box").find_property("C"), nullptr);
@@ -321,7 +357,9 @@ TEST_F(GridVerbs, ExportsAndImports)
     EXPECT_NE(error("lodex import file \"/nowhere/x.grdecl\" name A"), "no error");
     EXPECT_NE(error("lodex import file \"" + path + "\" name Field"), "no error") << "taken";
     EXPECT_NE(error("lodex export sgrid Field file \"" + path + ".xyz\""), "no error");
-    EXPECT_NE(error("lodex export sgrid Field file \"" + path + "\" format nothing"), "no error");
+    const std::string bad_format = "lodex export sgrid Field file \"" + path + "\" format ";
+    EXPECT_TRUE(error(bad_format + "nothing").starts_with("1:" + std::to_string(bad_format.size() + 1) + ": "))
+        << error(bad_format + "nothing");
     EXPECT_EQ(find_grid("A"), nullptr);
 
     const std::string json = (folder / "report.json").string();

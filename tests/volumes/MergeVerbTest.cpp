@@ -136,6 +136,11 @@ TEST_F(MergeVerb, PercentileIsLookedAtInItsModesOnly)
 {
     add_box("Box", {1, 1, 2});
     EXPECT_TRUE(run(merge("A", "vertical", "0+1", "copy_regions 1 region_mode 0 percentile 500")));
+    EXPECT_TRUE(run(merge("A empty", "vertical", "0+1", "copy_regions 1 region_mode 3 percentile")));
+    EXPECT_NE(error(merge("B", "vertical", "0+1", "copy_regions 1 region_mode 2 percentile")).find("\"percentile\" is \"\"; expected 0 to 100"),
+              std::string::npos);
+    EXPECT_NE(error(merge("B", "vertical", "0+1", "property_sections -2")).find("\"property_sections\" is \"-2\"; expected at least -1"),
+              std::string::npos);
     for (const char* value : {"101", "-1", "x", "nan"})
         EXPECT_EQ(error(merge("B", "vertical", "0+1", std::string("copy_regions 1 region_mode 1 percentile ") + value)),
                   std::string("1:128: \"percentile\" is \"") + value + "\"; expected 0 to 100");

@@ -87,6 +87,7 @@ void import_properties(Call& call)
         options.progress = call.progress_check();
         options.properties_only = true;
         options.size = grid.model().size;
+        options.active = grid.model().active;
         return GridFormats::for_reading(path).read(path, options);
     });
     if (read.model.properties.empty() && read.model.faults.empty())
@@ -111,11 +112,14 @@ void export_grid(Call& call)
 {
     const std::string path = call.text("file");
     const CornerPointGrid& grid = grid_of(call, "sgrid");
+    const auto& format = at_keyword(call, call.has("format") ? "format" : "file", [&]() -> decltype(auto) {
+        return GridFormats::for_writing(path, call.text("format"));
+    });
     const WriteResult written = at_keyword(call, "file", [&] {
         WriteOptions options;
         options.progress = call.progress_check();
         options.run_lengths = call.flag("run_lengths");
-        return GridFormats::for_writing(path, call.text("format")).write(grid.model(), path, options);
+        return format.write(grid.model(), path, options);
     });
     pass_on(call, written.messages);
     call.count("bytes", static_cast<double>(written.bytes));

@@ -13,9 +13,12 @@ namespace {
 void destroy(Call& call)
 {
     Lodex::GeobaseLib* catalogue = Lodex::GeobaseLib::instance();
+    constexpr std::size_t longest_name = 256; // a longer one is found where it stands by itself, without "+" for blanks
     std::vector<std::string> names;
     try {
-        names = resolve_joined(call.text("objects"), [&](const std::string& name) { return catalogue->find(name, ""); }, "object");
+        names = resolve_joined(
+            call.text("objects"), [&](const std::string& name) { return catalogue->find(name, ""); },
+            longest_name, "object");
     } catch (const CommandError& error) {
         call.fail(error.what(), "objects");
     }

@@ -38,6 +38,18 @@ GridModel make_box(const GridSize& size, const std::array<double, 3>& spacing, c
     const auto at = [&](std::size_t axis, std::int64_t n) {
         return origin[axis] + spacing[axis] * static_cast<double>(n);
     };
+    // Far from the origin a small step gets lost in rounding; far steps leave the range of numbers.
+    double volume = 1;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const std::int64_t n = size[axis];
+        volume *= spacing[axis] * static_cast<double>(n);
+        if (!std::isfinite(at(axis, n)) || !(at(axis, 0) < at(axis, 1)) || !(at(axis, n - 1) < at(axis, n)))
+            throw ModelError(fmt::format("{} cells of {} from {} along {} cannot be told apart in 64-bit numbers", n,
+                                         spacing[axis], origin[axis], "IJK"[axis]));
+    }
+    if (!std::isfinite(volume) || !(volume > 0))
+        throw ModelError(fmt::format("cells of {} x {} x {} have no volume that fits a 64-bit number", spacing[0],
+                                     spacing[1], spacing[2]));
     std::vector<double> coord;
     coord.reserve(static_cast<std::size_t>(6 * model.pillars()));
     for (std::int64_t j = 0; j <= size[1]; ++j)

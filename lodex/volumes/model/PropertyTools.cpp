@@ -8,11 +8,15 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
+#include <limits>
 
 namespace lodex {
 
 namespace {
+
+constexpr double largest_value = std::numeric_limits<float>::max();
 
 template <class Value> bool defined(Value value, const std::optional<double>& no_data)
 {
@@ -69,6 +73,8 @@ double undefined_value(PropertyData& property)
 
 PropertyData constant_property(const GridModel& model, std::string name, double value)
 {
+    if (!(std::abs(value) <= largest_value))
+        throw ModelError(fmt::format("the value {} does not fit a 32-bit number", value));
     return {std::move(name),
             {},
             std::vector<float>(static_cast<std::size_t>(model.cells()), static_cast<float>(value)),
@@ -86,11 +92,20 @@ PropertyData lognormal_property(const GridModel& model, std::string name, double
     const CounterRandom random(seed);
     const double location = exactly::log(mean) - sigma * sigma / 2;
     std::vector<float> values(static_cast<std::size_t>(model.cells()));
+    std::atomic<bool> overflow{false};
     tbb::parallel_for(tbb::blocked_range<std::size_t>(0, values.size(), 65536),
                       [&](const tbb::blocked_range<std::size_t>& range) {
-                          for (std::size_t cell = range.begin(); cell != range.end(); ++cell)
-                              values[cell] = static_cast<float>(exactly::exp(location + sigma * random.normal(cell)));
+                          for (std::size_t cell = range.begin(); cell != range.end(); ++cell) {
+                              const double value = exactly::exp(location + sigma * random.normal(cell));
+                              if (value <= largest_value)
+                                  values[cell] = static_cast<float>(value);
+                              else
+                                  overflow = true;
+                          }
                       });
+    if (overflow)
+        throw ModelError(fmt::format("lognormal values of mean {} and standard deviation {} do not fit 32-bit numbers",
+                                     mean, sigma));
     return {std::move(name), {}, std::move(values), {}, {}, false};
 }
 

@@ -22,12 +22,13 @@ namespace lodex {
 /// ... that is not; `property` then remembers it.
 double undefined_value(PropertyData& property);
 
-/// A property of one value for all cells, 32-bit.
+/// A property of one value for all cells, 32-bit. Throws ModelError when the value does not fit.
 [[nodiscard]] PropertyData constant_property(const GridModel& model, std::string name, double value);
 
 /// Lognormal values, independent from cell to cell and the same for the same seed on every machine, 32-bit. `mean` is
 /// the arithmetic mean of the distribution, `sigma` the standard deviation of the natural logarithm: the value is
-/// exp(ln(mean) - sigma^2/2 + sigma n), n standard normal. Throws ModelError unless mean > 0 and sigma >= 0.
+/// exp(ln(mean) - sigma^2/2 + sigma n), n standard normal. Throws ModelError unless mean > 0
+/// and sigma >= 0, and when a value does not fit 32 bits.
 [[nodiscard]] PropertyData lognormal_property(const GridModel& model, std::string name, double mean, double sigma,
                                               std::uint64_t seed);
 

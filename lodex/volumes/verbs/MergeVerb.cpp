@@ -117,7 +117,7 @@ const VerbRegistration registration{
                    .default_value = "0"},
                   {.name = "property_sections", .kind = ValueKind::IntegerList,
                    .meaning = "section whose values a pair keeps, one for each pair or one for all; -1: the first",
-                   .may_be_empty = true},
+                   .may_be_empty = true, .min = -1},
                   {.name = "properties", .kind = ValueKind::NameList, .meaning = "properties to copy; absent: all",
                    .may_be_empty = true},
                   {.name = "copy_fb_regions", .kind = ValueKind::Flag,
@@ -130,7 +130,8 @@ const VerbRegistration registration{
                    .meaning = "when a merged cell is in a region: 0 any of its cells is, 1 share of cells, 2 share of "
                               "volume, 3 the most frequent region",
                    .default_value = "0", .min = 0, .max = 3},
-                  {.name = "percentile", .kind = ValueKind::Text, .meaning = "least share in modes 1 and 2, 0 to 100",
+                  {.name = "percentile", .kind = ValueKind::Text,
+                   .meaning = "least share in modes 1 and 2, 0 to 100; not looked at in the others", .may_be_empty = true,
                    .unit = "percent", .default_value = "0"},
                   {.name = "copy_style", .kind = ValueKind::Flag, .meaning = "whether the grid's style passes on",
                    .default_value = "0"},

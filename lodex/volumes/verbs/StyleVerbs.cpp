@@ -22,7 +22,8 @@ std::string checked_sections(Call& call, const std::string& value, const GridSiz
             call.fail("\"*sections\" holds \"" + word + "\"; expected whole numbers", "value");
         numbers.push_back(*number);
     }
-    if (numbers.empty() || numbers[0] < 0 || static_cast<std::size_t>(numbers[0]) * 3 + 1 != numbers.size())
+    // Compared as so many triples: the count times three may not fit a number.
+    if (numbers.size() % 3 != 1 || numbers[0] < 0 || static_cast<std::size_t>(numbers[0]) != numbers.size() / 3)
         call.fail("\"*sections\" is \"" + value + "\"; expected a count and so many triples of axis, flag, section", "value");
 
     std::string kept;
