@@ -31,6 +31,7 @@ GridList::GridList(QWidget* parent) : QTreeWidget(parent)
 {
     setObjectName("gridList");
     setAccessibleName(tr("Grids"));
+    setToolTip(tr("The grids of the project; the right mouse button offers what can be done with one"));
     setHeaderLabels({tr("Grid"), tr("I × J × K"), tr("Cells"), tr("Active"), tr("Bulk volume")});
     setRootIsDecorated(false);
     setUniformRowHeights(true);

@@ -15,6 +15,10 @@
 #include <tbb/parallel_for.h>
 #include <unistd.h>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace lodex::roff {
 
 namespace {
@@ -59,6 +63,71 @@ struct Transform {
         return offset[axis] == 0 && std::fabs(scale[axis]) == 1;
     }
 };
+
+/// Puts a depth that needs no more than its sign changed in its place.
+struct StoreDepth {
+    float sign;
+    template <class Depth, class Stored> void operator()(Depth& depth, Stored stored) const
+    {
+        depth = static_cast<Depth>(stored) * static_cast<Depth>(sign);
+    }
+};
+
+/// The same for a row of them, past the cache: nothing reads them soon, and they need not be read to be written. False
+/// when the place does not allow it.
+bool stream(float* out, const float* from, std::size_t count, float sign)
+{
+#if defined(__SSE2__)
+    constexpr std::size_t lanes = 4;
+    if (reinterpret_cast<std::uintptr_t>(out) % (lanes * sizeof(float)) != 0 || count % lanes != 0) {
+        return false;
+    }
+    const __m128 signs = _mm_set1_ps(sign);
+    for (std::size_t n = 0; n < count; n += lanes) {
+        _mm_stream_ps(out + n, _mm_mul_ps(_mm_loadu_ps(from + n), signs));
+    }
+    return true;
+#else
+    (void)out, (void)from, (void)count, (void)sign;
+    return false;
+#endif
+}
+
+/// make_array() for the largest array of a grid: the system hands out its pages on all threads.
+template <class T> std::vector<T> make_touched_array(std::size_t size)
+{
+    constexpr std::size_t large = std::size_t{1} << 26;
+    if (size * sizeof(T) < large) {
+        return make_array<T>(size);
+    }
+    std::vector<T> array;
+    array.reserve(size);
+    auto* const bytes = reinterpret_cast<volatile char*>(array.data());
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    constexpr std::uintptr_t page = 4096;
+    const auto first = (reinterpret_cast<std::uintptr_t>(array.data()) + page - 1) / page * page;
+    const auto last = reinterpret_cast<std::uintptr_t>(array.data() + size) / page * page;
+    // Advice only: what it returns changes nothing.
+    (void)madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#endif
+    constexpr std::size_t step = 4096;
+    constexpr std::size_t grain = 4096; // pages
+    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, size * sizeof(T) / step, grain), [bytes](const auto& range) {
+        for (std::size_t n = range.begin(); n != range.end(); ++n) {
+            bytes[n * step] = 0;
+        }
+    });
+    array.resize(size);
+    return array;
+}
+
+/// To be called behind the last stream() of a thread, before others read what it wrote.
+void end_streams()
+{
+#if defined(__SSE2__)
+    _mm_sfence();
+#endif
+}
 
 class Reader {
 public:
@@ -923,6 +992,11 @@ void Reader::spread_depths(const Key& key, std::span<To> to, const Combine& comb
                 return;
             }
             To* const out = to.data() + (z * 2 * nj + y) * 2 * ni + 2 * i0;
+            if constexpr (std::is_same_v<Combine, StoreDepth> && std::is_same_v<From, float> && std::is_same_v<To, float>) {
+                if (stream(out, from, corners, combine.sign)) {
+                    return;
+                }
+            }
             if (corners == 2 * depth_columns) {
                 for (std::size_t x = 0; x < 2 * depth_columns; ++x) {
                     combine(out[x], from[x]);
@@ -986,6 +1060,7 @@ void Reader::spread_depths(const Key& key, std::span<To> to, const Combine& comb
                 }
             }
         }
+        end_streams();
     };
     in_batches(tiles * row_groups, key.count * sizeof(From), work);
     if (bad) {
@@ -1022,14 +1097,12 @@ template <class Stored> void Reader::fill_depths(const Key& key, const Key* rest
     const auto fill = [&](auto kind) {
         using Depth = decltype(kind);
         claim(corners * sizeof(Depth));
-        auto zcorn = make_array<Depth>(corners);
+        auto zcorn = make_touched_array<Depth>(corners);
         const Transform transform = transform_;
         const bool exact = sizeof(Depth) >= sizeof(Stored) && transform.exact_in_float(depth_axis);
         if (exact) {
-            const auto sign = static_cast<Depth>(transform.scale[depth_axis]);
-            spread_depths<Stored>(key, std::span(zcorn), [sign](Depth& depth, Stored stored) {
-                depth = static_cast<Depth>(stored) * sign;
-            });
+            const auto sign = static_cast<float>(transform.scale[depth_axis]);
+            spread_depths<Stored>(key, std::span(zcorn), StoreDepth{sign});
         } else {
             spread_depths<Stored>(key, std::span(zcorn), [&transform](Depth& depth, Stored stored) {
                 depth = static_cast<Depth>(transform.apply(depth_axis, static_cast<double>(stored)));

@@ -235,10 +235,16 @@ std::vector<std::size_t> verb_places(const Statement& statement, std::size_t typ
     return places;
 }
 
+/// A name that grows in place, so that looking up all beginnings of a long statement copies none of them.
+class GrowingName : public Lodex::CString {
+public:
+    void operator+=(std::string_view more) { text_ += more; }
+};
+
 /// Calls f with what words [type_word + 1, behind) spell, for behind = type_word + 2, ... up to the end.
 template <class F> void each_name(const Statement& statement, std::size_t type_word, F f)
 {
-    std::string name;
+    GrowingName name;
     for (std::size_t i = type_word + 1; i < statement.words.size(); ++i) {
         const Word& word = statement.words[i];
         if (i > type_word + 1)
@@ -253,15 +259,21 @@ template <class F> void each_name(const Statement& statement, std::size_t type_w
     const std::string& type = statement.words[type_word].text;
     if (type_word + 1 >= statement.words.size())
         fail("expected the name of an object and a verb behind \"" + type + "\"", statement.words[type_word].position);
-    // Where the name ends, the catalogue knows; without that, it is one word.
-    std::size_t verb_word = std::min(type_word + 2, statement.words.size() - 1);
-    each_name(statement, type_word, [&](const std::string& name, std::size_t behind) {
-        if (behind < statement.words.size() && Lodex::GeobaseLib::instance()->find(name, type))
+    // Where the name ends, the catalogue knows, unless an earlier statement has yet to make the object.
+    const Lodex::CString type_name(type);
+    std::size_t verb_word = 0;
+    each_name(statement, type_word, [&](const Lodex::CString& name, std::size_t behind) {
+        if (Lodex::GeobaseLib::instance()->find(name, type_name))
             verb_word = behind;
     });
-    if (verb_word == type_word + 1)
-        fail("expected a verb behind the name of the " + type, statement.words[verb_word].position);
-    fail("there is no verb \"" + statement.words[verb_word].text + "\" of " + type, statement.words[verb_word].position);
+    if (verb_word == statement.words.size() || statement.words.size() == type_word + 2)
+        fail("expected a verb behind the name of the " + type, statement.words.back().position);
+    if (verb_word > 0)
+        fail("there is no verb \"" + statement.words[verb_word].text + "\" of " + type,
+             statement.words[verb_word].position);
+    fail("no verb of " + type + " stands behind the name in \"" +
+             value_of_words(statement, type_word + 1, statement.words.size()) + "\"",
+         statement.words[type_word + 2].position);
 }
 
 } // namespace
@@ -301,11 +313,12 @@ Call bind_statement(const Statement& statement)
             no_verb(statement, *type_word);
         std::size_t verb_word = 0;
         auto next = places.begin();
-        each_name(statement, *type_word, [&](const std::string& name, std::size_t behind) {
+        const Lodex::CString type_name(type);
+        each_name(statement, *type_word, [&](const Lodex::CString& name, std::size_t behind) {
             if (next == places.end() || *next != behind)
                 return;
             ++next;
-            if (Lodex::GObj* found = catalogue->find(name, type)) {
+            if (Lodex::GObj* found = catalogue->find(name, type_name)) {
                 object = found;
                 verb_word = behind;
             }

@@ -13,7 +13,7 @@ namespace {
 void destroy(Call& call)
 {
     Lodex::GeobaseLib* catalogue = Lodex::GeobaseLib::instance();
-    constexpr std::size_t longest_name = 256; // a longer one is found where it stands by itself, without "+" for blanks
+    constexpr std::size_t longest_name = 128; // a longer one is found where it stands by itself, without "+" for blanks
     std::vector<std::string> names;
     try {
         names = resolve_joined(
