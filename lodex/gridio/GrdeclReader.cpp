@@ -1,6 +1,7 @@
 #include <lodex/gridio/GrdeclReaderImpl.h>
 
 #include <lodex/gridio/TextNumbers.h>
+#include <lodex/utils/Memory.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -17,18 +18,10 @@ constexpr std::size_t most_depth = 20;     ///< INCLUDE within INCLUDE
 constexpr std::size_t most_files = 10'000; ///< a few files that include each other twice could go on for ever
 constexpr std::int64_t most_cells = 1'000'000'000'000;
 
-std::uint64_t three_quarters_of_memory()
-{
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long page = ::sysconf(_SC_PAGESIZE);
-    constexpr std::uint64_t fallback = std::uint64_t{1} << 32;
-    return pages > 0 && page > 0 ? static_cast<std::uint64_t>(pages) / 4 * 3 * static_cast<std::uint64_t>(page) : fallback;
-}
-
 } // namespace
 
 Reader::Reader(const ReadOptions& options)
-    : options_(options), max_bytes_(options.max_bytes > 0 ? options.max_bytes : three_quarters_of_memory())
+    : options_(options), max_bytes_(options.max_bytes > 0 ? options.max_bytes : model_memory_limit())
 {
     if (options.size) {
         result_.model.size = *options.size;

@@ -2,6 +2,7 @@
 
 #include <lodex/gridio/GrdeclKeywords.h>
 #include <lodex/volumes/model/PropertyTools.h>
+#include <lodex/utils/Memory.h>
 
 #include <algorithm>
 #include <array>
@@ -10,7 +11,6 @@
 #include <limits>
 #include <sys/mman.h>
 #include <type_traits>
-#include <unistd.h>
 
 namespace lodex::records {
 
@@ -31,15 +31,6 @@ template <class Names> bool contains(const Names& names, std::string_view name)
     return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
-std::uint64_t three_quarters_of_memory()
-{
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long page = ::sysconf(_SC_PAGESIZE);
-    constexpr std::uint64_t fallback = std::uint64_t{1} << 32;
-    return pages > 0 && page > 0 ? static_cast<std::uint64_t>(pages) / 4 * 3 * static_cast<std::uint64_t>(page)
-                                 : fallback;
-}
-
 std::string counted(std::uint64_t count, const char* one, const char* many)
 {
     return std::to_string(count) + ' ' + (count == 1 ? one : many);
@@ -50,7 +41,7 @@ std::string counted(std::uint64_t count, const char* one, const char* many)
 // --- memory ----------------------------------------------------------------------------------------------------------
 
 MemoryBudget::MemoryBudget(const ReadOptions& options)
-    : most_(options.max_bytes > 0 ? options.max_bytes : three_quarters_of_memory())
+    : most_(options.max_bytes > 0 ? options.max_bytes : model_memory_limit())
 {
 }
 

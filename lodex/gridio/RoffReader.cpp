@@ -4,6 +4,7 @@
 #include <lodex/gridio/RoffInput.h>
 #include <lodex/gridio/RoffLayout.h>
 #include <lodex/volumes/model/LargeArray.h>
+#include <lodex/utils/Memory.h>
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,6 @@
 #include <set>
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
-#include <unistd.h>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -25,15 +25,6 @@ namespace {
 
 constexpr std::int64_t depth_columns = 64; ///< cells along I whose depths are spread together
 constexpr auto most_nodes = static_cast<std::size_t>(depth_columns + 1);
-
-std::uint64_t three_quarters_of_memory()
-{
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long page = ::sysconf(_SC_PAGESIZE);
-    constexpr std::uint64_t fallback = std::uint64_t{1} << 32;
-    return pages > 0 && page > 0 ? static_cast<std::uint64_t>(pages) / 4 * 3 * static_cast<std::uint64_t>(page)
-                                 : fallback;
-}
 
 std::string size_text(const GridSize& size)
 {
@@ -133,7 +124,7 @@ class Reader {
 public:
     Reader(const ByteSource& source, const ReadOptions& options)
         : source_(source), options_(options),
-          max_bytes_(options.max_bytes > 0 ? options.max_bytes : three_quarters_of_memory()),
+          max_bytes_(options.max_bytes > 0 ? options.max_bytes : model_memory_limit()),
           input_(source, [this](std::uint64_t bytes) { claim(bytes); }, [this](std::uint64_t bytes) { tick(bytes); })
     {
     }

@@ -372,37 +372,52 @@ template <class Depth> void Writer::find_splits(std::span<const Depth> zcorn)
     const auto [ni, nj, nk] = model_.size;
     splits_.resize(static_cast<std::size_t>(model_.pillars() * (nk + 1)));
     const std::int64_t columns = slab_columns((nj + 1) * (nk + 1));
+    using Bits = std::conditional_t<sizeof(Depth) == 4, std::uint32_t, std::uint64_t>;
+    constexpr Bits magnitude = std::numeric_limits<Bits>::max() >> 1; // all but the sign
+    constexpr Bits lowest = Bits{1} << (std::numeric_limits<Depth>::digits - 1); // of the exponent
     std::atomic<bool> odd{false};
     for (std::int64_t i0 = 0; i0 <= ni; i0 += columns) {
         const std::int64_t i1 = std::min(i0 + columns, ni + 1);
+        // Columns of corners on both sides of these nodes; there is none west of the first and east of the last one.
+        const std::int64_t x0 = std::max<std::int64_t>(2 * i0 - 1, 0);
+        const auto width = static_cast<std::size_t>(std::min(2 * i1 - 1, 2 * ni) - x0);
         for_rows(nj + 1, [&, ni = ni, nj = nj, nk = nk](std::int64_t j0, std::int64_t j1) {
-            Depth none = 0;
+            std::array<Bits, 2 * most_columns> all{};   // not 0: corners of the column differ
+            std::array<Bits, 2 * most_columns> sides{}; // not 0: above and below differ
+            Bits not_finite = 0;
             for (std::int64_t n = 0; n < (nk + 1) * (j1 - j0); ++n) {
                 const std::int64_t kk = n / (j1 - j0);
                 const std::int64_t j = j0 + n % (j1 - j0);
                 const std::int64_t level = nk - kk;
                 // Corners that there are none of, at the outside, are those of the neighbour.
-                const Depth* const below = zcorn.data() + std::min(2 * level, 2 * nk - 1) * 4 * ni * nj;
-                const Depth* const above = zcorn.data() + std::max<std::int64_t>(2 * level - 1, 0) * 4 * ni * nj;
+                const Depth* const below = zcorn.data() + std::min(2 * level, 2 * nk - 1) * 4 * ni * nj + x0;
+                const Depth* const above = zcorn.data() + std::max<std::int64_t>(2 * level - 1, 0) * 4 * ni * nj + x0;
                 const std::int64_t south = std::max<std::int64_t>(2 * j - 1, 0) * 2 * ni;
                 const std::int64_t north = std::min(2 * j, 2 * nj - 1) * 2 * ni;
+                const auto bits = [](Depth depth) { return std::bit_cast<Bits>(depth); };
+                for (std::size_t x = 0; x < width; ++x) {
+                    const Bits bs = bits(below[south + static_cast<std::int64_t>(x)]);
+                    const Bits bn = bits(below[north + static_cast<std::int64_t>(x)]);
+                    const Bits as = bits(above[south + static_cast<std::int64_t>(x)]);
+                    const Bits an = bits(above[north + static_cast<std::int64_t>(x)]);
+                    sides[x] = (bs ^ as) | (bn ^ an);
+                    all[x] = (bs ^ bn) | (bs ^ as) | (bs ^ an);
+                    // The exponent carries over when it is the largest one.
+                    not_finite |= ((bs & magnitude) + lowest) | ((bn & magnitude) + lowest) | ((as & magnitude) + lowest)
+                        | ((an & magnitude) + lowest);
+                }
                 for (std::int64_t i = i0; i < i1; ++i) {
-                    const std::int64_t west = std::max<std::int64_t>(2 * i - 1, 0);
-                    const std::int64_t east = std::min(2 * i, 2 * ni - 1);
-                    const std::array<Depth, 4> b = {below[south + west], below[south + east], below[north + west],
-                                                    below[north + east]};
-                    const std::array<Depth, 4> a = {above[south + west], above[south + east], above[north + west],
-                                                    above[north + east]};
-                    // Not 0 when one of them is not finite.
-                    none += (((b[0] + b[1]) + (b[2] + b[3])) + ((a[0] + a[1]) + (a[2] + a[3]))) * 0;
-                    std::uint8_t split = 8;
-                    if (std::memcmp(a.data(), b.data(), sizeof(a)) == 0) {
-                        split = same_bits(a[0], a[1]) && same_bits(a[0], a[2]) && same_bits(a[0], a[3]) ? 1 : 4;
-                    }
-                    splits_[static_cast<std::size_t>((i * (nj + 1) + j) * (nk + 1) + kk)] = split;
+                    const auto west = static_cast<std::size_t>(std::max<std::int64_t>(2 * i - 1, 0) - x0);
+                    const auto east = static_cast<std::size_t>(std::min(2 * i, 2 * ni - 1) - x0);
+                    const Bits apart = bits(below[south + static_cast<std::int64_t>(west)])
+                        ^ bits(below[south + static_cast<std::int64_t>(east)]);
+                    const bool single = (all[west] | all[east] | apart) == 0;
+                    const bool level_sides = (sides[west] | sides[east]) == 0;
+                    splits_[static_cast<std::size_t>((i * (nj + 1) + j) * (nk + 1) + kk)] =
+                        static_cast<std::uint8_t>(single ? 1 : level_sides ? 4 : 8);
                 }
             }
-            if (none != 0) {
+            if ((not_finite & ~magnitude) != 0) {
                 odd = true;
             }
         });

@@ -1,6 +1,6 @@
 // Files that are not what they should be: each is refused with its place and a reason, or read as it can be.
 
-#include <GridTestTools.h>
+#include "../gridio/GridTestTools.h"
 
 #include <lodex/gridio/RoffFormat.h>
 #include <lodex/gridio/RoffReader.h>

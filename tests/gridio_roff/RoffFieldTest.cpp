@@ -1,6 +1,6 @@
 // Reads public field models and compares with reference numbers made by other readers (facts.json of each set).
 
-#include <GridTestTools.h>
+#include "../gridio/GridTestTools.h"
 
 #include <lodex/gridio/GrdeclFormat.h>
 #include <lodex/gridio/RoffFormat.h>

@@ -1,6 +1,6 @@
 // Writing and reading back, and what the bytes of a file are.
 
-#include <GridTestTools.h>
+#include "../gridio/GridTestTools.h"
 
 #include <lodex/gridio/GrdeclFormat.h>
 #include <lodex/gridio/RoffFormat.h>

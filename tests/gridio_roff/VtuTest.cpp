@@ -2,7 +2,7 @@
 
 #include "VtuParser.h"
 
-#include <GridTestTools.h>
+#include "../gridio/GridTestTools.h"
 
 #include <lodex/gridio/GridFormat.h>
 #include <lodex/gridio/RoffReader.h>

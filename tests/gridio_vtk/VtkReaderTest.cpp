@@ -1,6 +1,6 @@
 // VTK's own reader on the files that are written for it.
 
-#include <GridTestTools.h>
+#include "../gridio/GridTestTools.h"
 
 #include <lodex/gridio/RoffReader.h>
 #include <lodex/gridio/VtuFormat.h>

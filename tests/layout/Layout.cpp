@@ -319,7 +319,7 @@ Library library_of(std::string_view header)
         "clocale", "cmath", "csetjmp", "csignal", "cstdarg", "cstddef", "cstdint", "cstdio", "cstdlib", "cstring",
         "ctime", "cuchar", "cwchar", "cwctype"};
     static const std::set<std::string_view> system{
-        "unistd.h", "fcntl.h", "errno.h", "signal.h", "dlfcn.h", "poll.h", "pwd.h", "spawn.h", "dirent.h", "malloc.h",
+        "unistd.h", "fcntl.h", "errno.h", "signal.h", "dlfcn.h", "poll.h", "pwd.h", "spawn.h", "dirent.h", "malloc.h", "emmintrin.h",
         "sched.h", "time.h", "cxxabi.h", "execinfo.h", "immintrin.h"};
     if (standard.contains(header))
         return Library::Standard;

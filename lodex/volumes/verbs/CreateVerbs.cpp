@@ -1,5 +1,6 @@
 #include "VerbTools.h"
 
+#include "lodex/utils/Memory.h"
 #include "lodex/volumes/model/CellGeometry.h"
 #include "lodex/volumes/model/Create.h"
 
@@ -22,9 +23,11 @@ GridSize read_size(const Call& call)
 {
     const auto size = triple(call, "size", call.integers("size"));
     const GridSize grid{size[0], size[1], size[2]};
-    constexpr std::int64_t most_cells = 2'000'000'000;
+    constexpr std::int64_t bytes_per_cell = 8 * sizeof(double) + 1; // corner depths and flag
+    const auto most_cells = static_cast<std::int64_t>(model_memory_limit() / bytes_per_cell);
     if (grid[0] > most_cells / grid[1] || grid[0] * grid[1] > most_cells / grid[2])
-        call.fail("a grid of " + size_text(grid) + " cells is too large; at most two thousand million cells", "size");
+        call.fail("a grid of " + size_text(grid) + " cells is too large for this machine; at most " + std::to_string(most_cells) + " cells",
+                  "size");
     return grid;
 }
 
