@@ -6,11 +6,10 @@
 #include <Lodex/utils/PtrList.h>
 
 #include <QPointer>
+#include <QScrollArea>
+#include <QTableWidget>
 
 #include <memory>
-
-class QScrollArea;
-class QTableWidget;
 
 namespace Kelvane {
 

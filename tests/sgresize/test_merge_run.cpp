@@ -1,5 +1,6 @@
 // The dialog on real grids, through the real interpreter.
 
+#include "Pictures.h"
 #include "DialogTest.h"
 
 #include "lodex/volumes/model/GridModel.h"
@@ -164,9 +165,7 @@ TEST_F(MergeRun, Pictures)
         QCoreApplication::processEvents();
         const QPixmap image = window->grab();
         EXPECT_EQ(image.size(), window->size() * image.devicePixelRatio());
-        if (qEnvironmentVariableIsSet("LODEX_PICTURES")) {
-            EXPECT_TRUE(image.save(QDir(qEnvironmentVariable("LODEX_PICTURES")).filePath(file + ".png")));
-        }
+        EXPECT_TRUE(image.save(QDir(picture_folder()).filePath(file + ".png")));
     };
     picture("merge_dialog");
     click(find<QRadioButton>("region_mode_2"));

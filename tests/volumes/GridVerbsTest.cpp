@@ -214,7 +214,7 @@ TEST_F(GridVerbs, PaintedSectionsAreAnAttributeThatIsReplacedWhole)
 
     ASSERT_TRUE(run("lodex on Style Box set attribute *sections value \"3 3 1 4 1 1 1 2 1 -1\""));
     EXPECT_EQ(style->attribute("*sections").str(), " 1 1 1 1");
-    EXPECT_EQ(messages.of(Lodex::LogLevel::Warning), Texts{"2 painted sections lie outside the grid and are left out\n"});
+    EXPECT_EQ(messages.of(Lodex::LogLevel::Warning), Texts{"painted sections outside the grid are left out: 2\n"});
     // The long count times three and one is 3 in 64 bits.
     for (const char* bad : {"", "2 1 1 0", "1 4 1 0", "1 1 2 0", "1 1 1 x", "-1", "6148914691236517206 1 1", "1 1 1 0 1 1"})
         EXPECT_NE(error(std::string("lodex on Style Box set attribute *sections value \"") + bad + "\""), "no error") << bad;

@@ -1,3 +1,4 @@
+#include "Pictures.h"
 #include "WorkbenchTest.h"
 
 #include "apps/workbench/ConsoleEdit.h"
@@ -15,7 +16,7 @@ using namespace lodex;
 
 namespace {
 
-/// Saves pictures to the folder that the environment variable LODEX_PICTURES names, for people to look at.
+/// Saves pictures for people to look at.
 class PicturesTest : public WorkbenchTest {
 protected:
     PicturesTest() : light_(QApplication::palette()) {}
@@ -76,7 +77,7 @@ protected:
         look_at(*window.findChild<ReportDialog*>(), "report_" + theme);
     }
 
-    QString folder_ = qEnvironmentVariable("LODEX_PICTURES");
+    QString folder_ = picture_folder();
 
 private:
     QPalette light_;
@@ -84,15 +85,11 @@ private:
 
 TEST_F(PicturesTest, LightTheme)
 {
-    if (folder_.isEmpty())
-        GTEST_SKIP() << "LODEX_PICTURES is not set";
     main_window("light");
 }
 
 TEST_F(PicturesTest, DarkTheme)
 {
-    if (folder_.isEmpty())
-        GTEST_SKIP() << "LODEX_PICTURES is not set";
     use_dark_theme();
     main_window("dark");
 }

@@ -44,7 +44,7 @@ std::string checked_sections(Call& call, const std::string& value, const GridSiz
     }
     if (outside == 0)
         return value;
-    call.warn(std::to_string(outside) + " painted sections lie outside the grid and are left out");
+    call.warn("painted sections outside the grid are left out: " + std::to_string(outside));
     return " " + std::to_string(count) + kept;
 }
 
