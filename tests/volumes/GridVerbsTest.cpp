@@ -55,6 +55,24 @@ TEST_F(GridVerbs, ABoxHasTheVolumeOfABox)
     EXPECT_TRUE(json["regions"].empty());
     EXPECT_TRUE(json["layers"].empty());
     EXPECT_TRUE(json["activities"].empty());
+    EXPECT_EQ(json["frame"]["ijk_against_xy_depth"], "right-handed");
+    EXPECT_EQ(json["frame"]["depth"], "positive downwards");
+    EXPECT_TRUE(json["frame"]["map_axes"].is_null());
+}
+
+TEST_F(GridVerbs, TheReportStatesWhatTheFileSaidOfItsCoordinates)
+{
+    const std::string path = write("frame.grdecl", "SPECGRID\n1 1 1 1 F /\nMAPAXES\n 0 100 0 0 100 0 /\nMAPUNITS\n METRES /\n"
+                                                   "GRIDUNIT\n FEET MAP /\nCOORD\n 0 0 10 0 0 11 1 0 10 1 0 11 0 -1 10 0 -1 11 1 -1 10 1 -1 11 /\n"
+                                                   "ZCORN\n 4*10 4*11 /\n");
+    ASSERT_TRUE(run("lodex import file \"" + path + "\" name Framed"));
+    const auto frame = report("Framed")["frame"];
+    EXPECT_EQ(frame["map_axes"], (std::vector<double>{0, 100, 0, 0, 100, 0}));
+    EXPECT_EQ(frame["map_units"], "METRES");
+    EXPECT_EQ(frame["grid_units"], "FEET");
+    EXPECT_EQ(frame["grid_units_are_map_units"], true);
+    EXPECT_EQ(frame["ijk_against_xy_depth"], "left-handed") << "J runs against y";
+    EXPECT_EQ(frame["stored_depths"], "32 bits");
 }
 
 TEST_F(GridVerbs, RefusesSizesThatMakeNoGrid)

@@ -1,5 +1,6 @@
 #include "lodex/gridio/AtomicFile.h"
 #include "lodex/volumes/ActivityModel.h"
+#include "lodex/volumes/model/CellGeometry.h"
 #include "lodex/volumes/model/Statistics.h"
 #include "lodex/volumes/verbs/VerbTools.h"
 
@@ -64,6 +65,21 @@ ordered_json activity_entry(const Lodex::SGridActivity& activity)
     return entry;
 }
 
+/// What the coordinates are: units and axes as the file stated them, and how the axes turn.
+ordered_json frame_entry(const GridModel& model)
+{
+    ordered_json entry{{"depth", "positive downwards"}};
+    const int turn = handedness(model);
+    entry["ijk_against_xy_depth"] = turn > 0 ? "right-handed" : turn < 0 ? "left-handed" : "undecided";
+    const auto stated = [](const std::string& unit) { return unit.empty() ? ordered_json(nullptr) : ordered_json(unit); };
+    entry["grid_units"] = stated(model.frame.grid_units);
+    entry["grid_units_are_map_units"] = model.frame.grid_units_map;
+    entry["map_units"] = stated(model.frame.map_units);
+    entry["map_axes"] = model.frame.map_axes ? ordered_json(*model.frame.map_axes) : ordered_json(nullptr);
+    entry["stored_depths"] = model.zcorn.is_double() ? "64 bits" : "32 bits";
+    return entry;
+}
+
 ordered_json grid_report(const CornerPointGrid& grid, const GridStatistics& statistics)
 {
     const GridModel& model = grid.model();
@@ -71,7 +87,8 @@ ordered_json grid_report(const CornerPointGrid& grid, const GridStatistics& stat
                         {"size", model.size},
                         {"active", statistics.active},
                         {"bulk_volume", statistics.bulk_volume},
-                        {"total_volume", statistics.total_volume}};
+                        {"total_volume", statistics.total_volume},
+                        {"frame", frame_entry(model)}};
     ordered_json properties = ordered_json::object();
     for (std::size_t i = 0; i < statistics.properties.size(); ++i)
         properties[statistics.properties[i].name] = property_entry(statistics.properties[i], model.properties[i]);
