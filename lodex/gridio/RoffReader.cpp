@@ -983,7 +983,8 @@ void Reader::spread_depths(const Key& key, std::span<To> to, const Combine& comb
                 return;
             }
             To* const out = to.data() + (z * 2 * nj + y) * 2 * ni + 2 * i0;
-            if constexpr (std::is_same_v<Combine, StoreDepth> && std::is_same_v<From, float> && std::is_same_v<To, float>) {
+            if constexpr (std::is_same_v<Combine,
+                                         StoreDepth> && std::is_same_v<From, float> && std::is_same_v<To, float>) {
                 if (stream(out, from, corners, combine.sign)) {
                     return;
                 }

@@ -403,8 +403,8 @@ template <class Depth> void Writer::find_splits(std::span<const Depth> zcorn)
                     sides[x] = (bs ^ as) | (bn ^ an);
                     all[x] = (bs ^ bn) | (bs ^ as) | (bs ^ an);
                     // The exponent carries over when it is the largest one.
-                    not_finite |= ((bs & magnitude) + lowest) | ((bn & magnitude) + lowest) | ((as & magnitude) + lowest)
-                        | ((an & magnitude) + lowest);
+                    not_finite |= ((bs & magnitude) + lowest) | ((bn & magnitude) + lowest)
+                                  | ((as & magnitude) + lowest) | ((an & magnitude) + lowest);
                 }
                 for (std::int64_t i = i0; i < i1; ++i) {
                     const auto west = static_cast<std::size_t>(std::max<std::int64_t>(2 * i - 1, 0) - x0);
