@@ -115,9 +115,4 @@ std::string value_count(std::uint64_t count)
     return std::to_string(count) + (count == 1 ? " value" : " values");
 }
 
-std::string size_text(const GridSize& size)
-{
-    return std::to_string(size[0]) + " x " + std::to_string(size[1]) + " x " + std::to_string(size[2]);
-}
-
 } // namespace lodex::grdecl

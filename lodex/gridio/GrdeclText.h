@@ -1,6 +1,7 @@
 #pragma once
 
 #include <lodex/volumes/model/GridModel.h>
+#include <lodex/volumes/model/GridText.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -100,8 +101,5 @@ inline const char* skip_space(const Source& source, const char* p)
 
 /// "1 value", "3 values"
 [[nodiscard]] std::string value_count(std::uint64_t count);
-
-/// "3 x 4 x 5"
-[[nodiscard]] std::string size_text(const GridSize& size);
 
 } // namespace lodex::grdecl

@@ -312,6 +312,29 @@ InitContent read_init(const Source& source, const InitGrid& grid, ProgressCheck 
     return InitReader(source, grid, std::move(progress), budget, log).read();
 }
 
+ReadResult read_with_init(const Source& grid, const std::optional<Source>& init, const ReadOptions& options,
+                          const GridReading& read_grid)
+{
+    MemoryBudget budget(options);
+    MessageLog log;
+    ReadResult result;
+    const std::uint64_t grid_bytes = grid.open()->file_bytes();
+    const std::uint64_t init_bytes = init ? init->open()->file_bytes() : 0;
+    result.files = {grid.path};
+    result.bytes = grid_bytes + init_bytes;
+    const double share = static_cast<double>(grid_bytes) / static_cast<double>(result.bytes);
+
+    const bool dual_porosity = read_grid(part_of(options.progress, 0, share), budget, log, result.model);
+    if (init) {
+        const InitGrid wanted{result.model.size, result.model.active, dual_porosity, true};
+        InitContent content = read_init(*init, wanted, part_of(options.progress, share, 1), budget, log);
+        result.model.properties = std::move(content.properties);
+        result.files.push_back(init->path);
+    }
+    result.messages = log.take();
+    return result;
+}
+
 ReadResult read_init_alone(const Source& source, const ReadOptions& options)
 {
     MemoryBudget budget(options);

@@ -5,6 +5,7 @@
 #include <lodex/gridio/RecordFile.h>
 #include <lodex/gridio/RecordGrid.h>
 
+#include <functional>
 #include <optional>
 
 namespace lodex {
@@ -46,6 +47,14 @@ struct InitContent {
 /// Throws FileError, Cancelled.
 [[nodiscard]] InitContent read_init(const Source& source, const InitGrid& grid, ProgressCheck progress,
                                     MemoryBudget& budget, MessageLog& log);
+
+/// Reads the geometry into the model; says whether the grid is of dual porosity.
+using GridReading = std::function<bool(ProgressCheck progress, MemoryBudget& budget, MessageLog& log, GridModel& model)>;
+
+/// A grid file and the INIT beside it, if there is one: the geometry by `read_grid`, the properties from the INIT.
+/// Throws FileError, Cancelled.
+[[nodiscard]] ReadResult read_with_init(const Source& grid, const std::optional<Source>& init, const ReadOptions& options,
+                                        const GridReading& read_grid);
 
 /// The properties of an INIT file alone, as ReadOptions::properties_only asks for.
 [[nodiscard]] ReadResult read_init_alone(const Source& source, const ReadOptions& options);

@@ -377,23 +377,11 @@ namespace old_grid {
 
 ReadResult read(const Source& grid, const std::optional<Source>& init, const ReadOptions& options)
 {
-    MemoryBudget budget(options);
-    MessageLog log;
-    ReadResult result;
-    const std::uint64_t grid_bytes = grid.open()->file_bytes();
-    const std::uint64_t init_bytes = init ? init->open()->file_bytes() : 0;
-    result.files = {grid.path};
-    result.bytes = grid_bytes + init_bytes;
-    const double share = static_cast<double>(grid_bytes) / static_cast<double>(result.bytes);
-    OldGridReader(grid, options, part_of(options.progress, 0, share), budget, log).read(result.model);
-    if (init) {
-        const InitGrid wanted{result.model.size, result.model.active, false, true};
-        InitContent content = read_init(*init, wanted, part_of(options.progress, share, 1), budget, log);
-        result.model.properties = std::move(content.properties);
-        result.files.push_back(init->path);
-    }
-    result.messages = log.take();
-    return result;
+    return read_with_init(grid, init, options,
+                          [&](ProgressCheck progress, MemoryBudget& budget, MessageLog& log, GridModel& model) {
+                              OldGridReader(grid, options, std::move(progress), budget, log).read(model);
+                              return false;
+                          });
 }
 
 } // namespace old_grid

@@ -144,11 +144,6 @@ bool is_cell_array(std::string_view name)
     return grdecl::keyword_info(name).cell_array;
 }
 
-std::string size_text(const GridSize& size)
-{
-    return std::to_string(size[0]) + " x " + std::to_string(size[1]) + " x " + std::to_string(size[2]);
-}
-
 // --- reading ---------------------------------------------------------------------------------------------------------
 
 GridSize checked_size(const Reader& reader, std::int64_t ni, std::int64_t nj, std::int64_t nk)

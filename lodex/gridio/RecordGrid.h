@@ -3,6 +3,7 @@
 #include <lodex/gridio/GridFormat.h>
 #include <lodex/gridio/MessageLog.h>
 #include <lodex/gridio/RecordFile.h>
+#include <lodex/volumes/model/GridText.h>
 
 #include <optional>
 #include <set>
@@ -44,8 +45,6 @@ enum class UnitSystem { Unknown, Metric, Field, Laboratory, PvtMetric };
 [[nodiscard]] bool is_plain_header(std::string_view name);
 /// Names of arrays with one value per cell.
 [[nodiscard]] bool is_cell_array(std::string_view name);
-
-[[nodiscard]] std::string size_text(const GridSize& size);
 
 /// Numbers of cells along I, J, K; throws at the reader's array unless they are positive and can be counted.
 [[nodiscard]] GridSize checked_size(const Reader& reader, std::int64_t ni, std::int64_t nj, std::int64_t nk);

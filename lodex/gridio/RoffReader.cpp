@@ -5,6 +5,7 @@
 #include <lodex/gridio/RoffLayout.h>
 #include <lodex/volumes/model/LargeArray.h>
 #include <lodex/utils/Memory.h>
+#include <lodex/volumes/model/GridText.h>
 
 #include <algorithm>
 #include <array>
@@ -25,11 +26,6 @@ namespace {
 
 constexpr std::int64_t depth_columns = 64; ///< cells along I whose depths are spread together
 constexpr auto most_nodes = static_cast<std::size_t>(depth_columns + 1);
-
-std::string size_text(const GridSize& size)
-{
-    return std::to_string(size[0]) + " x " + std::to_string(size[1]) + " x " + std::to_string(size[2]);
-}
 
 bool starts_like_zone(std::string_view name)
 {

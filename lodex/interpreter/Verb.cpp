@@ -166,6 +166,21 @@ std::string VerbRegistry::to_json() const
     return ordered_json{{"verbs", std::move(list)}}.dump(2);
 }
 
+namespace {
+
+/// ", required, default 0": what help and the reference page say of a keyword behind its type.
+std::string rules_of(const Keyword& keyword)
+{
+    std::string text = keyword.required ? ", required" : "";
+    if (!keyword.default_value.empty())
+        text += ", default " + keyword.default_value;
+    if (keyword.may_be_empty)
+        text += ", may be empty";
+    return text;
+}
+
+} // namespace
+
 std::string VerbRegistry::to_markdown() const
 {
     std::ostringstream out;
@@ -179,12 +194,7 @@ std::string VerbRegistry::to_markdown() const
             out << "| `" << declared.name << "` | " << to_text(declared.kind);
             if (!declared.unit.empty())
                 out << " in " << declared.unit;
-            if (declared.required)
-                out << ", required";
-            if (!declared.default_value.empty())
-                out << ", default " << declared.default_value;
-            if (declared.may_be_empty)
-                out << ", may be empty";
+            out << rules_of(declared);
             out << " | " << declared.meaning << " |\n";
         }
         out << '\n';
@@ -208,12 +218,7 @@ std::string VerbRegistry::help(std::string_view name) const
             out << "  " << declared.name << " (" << to_text(declared.kind);
             if (!declared.unit.empty())
                 out << ", " << declared.unit;
-            if (declared.required)
-                out << ", required";
-            if (!declared.default_value.empty())
-                out << ", default " << declared.default_value;
-            if (declared.may_be_empty)
-                out << ", may be empty";
+            out << rules_of(declared);
             out << "): " << declared.meaning << '\n';
         }
     }

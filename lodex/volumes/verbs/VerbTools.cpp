@@ -71,9 +71,4 @@ const PropertyData& property_of(const Call& call, std::string_view keyword, cons
     return *property;
 }
 
-std::string size_text(const GridSize& size)
-{
-    return std::to_string(size[0]) + " x " + std::to_string(size[1]) + " x " + std::to_string(size[2]);
-}
-
 } // namespace lodex

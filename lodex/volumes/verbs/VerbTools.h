@@ -2,6 +2,7 @@
 
 #include "lodex/interpreter/Verb.h"
 #include "lodex/volumes/CornerPointGrid.h"
+#include "lodex/volumes/model/GridText.h"
 
 #include <optional>
 #include <string>
@@ -43,8 +44,5 @@ void set_property(CornerPointGrid& grid, PropertyData property);
 
 /// The name, or a failure that says that the grid has no such property.
 const PropertyData& property_of(const Call& call, std::string_view keyword, const GridModel& model);
-
-/// "40 x 64 x 14".
-[[nodiscard]] std::string size_text(const GridSize& size);
 
 } // namespace lodex
