@@ -13,9 +13,12 @@
 #include <tbb/enumerable_thread_specific.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <future>
 #include <limits>
 #include <numeric>
 
@@ -729,14 +732,15 @@ GridModel merge_by_plans(const GridModel& source, const Plans& plans, const Merg
     std::vector<float> narrow;
     std::vector<double> wide;
     const bool is_double = source.zcorn.is_double() || surfaces;
+    std::atomic<bool> stop = false;
     std::vector<std::function<void()>> allocations;
     allocations.emplace_back([&] {
         if (is_double)
-            wide = make_array<double>(8 * cells);
+            wide = make_array<double>(8 * cells, stop);
         else
-            narrow = make_array<float>(8 * cells);
+            narrow = make_array<float>(8 * cells, stop);
     });
-    allocations.emplace_back([&] { result.active = make_array<std::uint8_t>(cells); });
+    allocations.emplace_back([&] { result.active = make_array<std::uint8_t>(cells, stop); });
     if (options.copy_properties)
         for (const PropertyData& property : source.properties)
             if (chosen(options.properties, property.name))
@@ -752,17 +756,27 @@ GridModel merge_by_plans(const GridModel& source, const Plans& plans, const Merg
                 property.values = carried_points(source, from, plans[0].groups, plans[1].groups, plans[2].groups);
             });
         else
-            allocations.emplace_back([&property, &from, cells] {
+            allocations.emplace_back([&property, &from, &stop, cells] {
                 std::visit(
                     [&](const auto& v) {
-                        property.values = make_array<typename std::remove_cvref_t<decltype(v)>::value_type>(cells);
+                        property.values = make_array<typename std::remove_cvref_t<decltype(v)>::value_type>(cells, stop);
                     },
                     from.values);
             });
     }
     for (RegionData& region : result.regions)
-        allocations.emplace_back([&] { region.flags = make_array<std::uint8_t>(cells); });
-    tbb::parallel_for(std::size_t{0}, allocations.size(), [&](std::size_t n) { allocations[n](); });
+        allocations.emplace_back([&] { region.flags = make_array<std::uint8_t>(cells, stop); });
+    // On another thread, so that this one can ask for the user's wish meanwhile.
+    auto made = std::async(std::launch::async, [&allocations] {
+        tbb::parallel_for(std::size_t{0}, allocations.size(), [&](std::size_t n) { allocations[n](); });
+    });
+    constexpr std::chrono::milliseconds interval(20);
+    while (made.wait_for(interval) != std::future_status::ready)
+        if (progress && !stop && !progress(0))
+            stop = true;
+    made.get();
+    if (stop)
+        throw Cancelled{};
 
     Job job{source, result, plans, {}, {}, options.percentile, surfaces};
     for (PropertyData& property : result.properties)
