@@ -6,6 +6,7 @@
 #include "lodex/interpreter/Verb.h"
 #include "lodex/utils/LogSinks.h"
 #include "lodex/volumes/CornerPointGrid.h"
+#include "upscaling/OperatorPage.h"
 
 #include <Lodex/utils/ProgressTracer.h>
 #include <Lodex/volumes/Lodex_volumes_init.h>
@@ -108,6 +109,12 @@ int show_info(const std::string& path, bool json)
     return AllDone;
 }
 
+int show_operators()
+{
+    std::cout << Kelvane::operator_page();
+    return AllDone;
+}
+
 int compare(const std::string& a, const std::string& b, const Tolerance& tolerance)
 {
     if (!import_model(a, "first") || !import_model(b, "second"))
@@ -146,6 +153,8 @@ int main(int argc, char** argv)
     verbs->fallthrough(false);
     verbs->add_flag("--json", verbs_json, "As JSON");
     verbs->add_flag("--markdown", verbs_markdown, "As the guide's reference page")->excludes("--json");
+
+    CLI::App* operators = app.add_subcommand("operators", "Describe the upscaling methods and cell mappers, in Markdown");
 
     CLI::App* help = app.add_subcommand("help", "Explain a verb");
     std::vector<std::string> help_words;
@@ -186,6 +195,8 @@ int main(int argc, char** argv)
     int status = BadUsage;
     if (verbs->parsed())
         status = show_verbs(verbs_json, verbs_markdown);
+    else if (operators->parsed())
+        status = show_operators();
     else if (help->parsed())
         status = show_help(help_words);
     else if (info->parsed())

@@ -1,17 +1,13 @@
 #pragma once
 
-#include <functional>
+#include <Lodex/utils/Progress.h>
+
 #include <stdexcept>
 
 namespace lodex {
 
-/// Progress of a long loop and the user's wish to stop it. Called now and then from the thread that runs the command;
-/// returns false when the work shall stop. `done` runs from 0 to 1.
-using ProgressCheck = std::function<bool(double done)>;
-
-/// Thrown by an operator, a reader or a verb whose progress check answered false.
-struct Cancelled {
-};
+using Lodex::Cancelled;
+using Lodex::ProgressCheck;
 
 /// Thrown when input does not fit; what() is the whole message for the user.
 class ModelError : public std::runtime_error {

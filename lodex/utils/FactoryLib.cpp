@@ -25,7 +25,8 @@ public:
         if (it != factories.end())
             *it = std::move(factory);
         else
-            factories.push_back(std::move(factory));
+            factories.insert(std::ranges::upper_bound(factories, factory->rank(), {}, [](const auto& f) { return f->rank(); }),
+                             std::move(factory));
     }
 
     [[nodiscard]] Factory* find(const CString& domain, const CString& name) const override

@@ -3,6 +3,7 @@
 #include "ActivityModel.h"
 #include "GridItems.h"
 #include "lodex/volumes/model/CellGeometry.h"
+#include "lodex/volumes/model/Derivation.h"
 
 #include <Lodex/geobase/GeobaseLib.h>
 #include <Lodex/utils/COSNameList.h>
@@ -119,6 +120,13 @@ Lodex::Region* CornerPointGrid::find_region(const Lodex::CString& name) const
 {
     const auto it = std::ranges::find_if(regions_, [&](const auto& region) { return region->name() == name; });
     return it == regions_.end() ? nullptr : it->get();
+}
+
+std::optional<Lodex::IndexRelation> CornerPointGrid::relation_to(const Lodex::SGrid& source) const
+{
+    const auto* grid = dynamic_cast<const CornerPointGrid*>(&source);
+    const DerivationRecord* record = grid ? find_record(model_, grid->model_.id) : nullptr;
+    return record ? std::optional(record->ranges) : std::nullopt;
 }
 
 std::span<const double> CornerPointGrid::bulk_volumes() const

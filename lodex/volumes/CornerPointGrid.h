@@ -46,6 +46,7 @@ public:
     [[nodiscard]] const RealArray& corner_depths() const override { return model_.zcorn; }
     [[nodiscard]] std::span<const std::uint8_t> active_flags() const override { return model_.active; }
     [[nodiscard]] std::span<const double> bulk_volumes() const override;
+    [[nodiscard]] std::optional<Lodex::IndexRelation> relation_to(const Lodex::SGrid& source) const override;
 
 private:
     void rebuild();

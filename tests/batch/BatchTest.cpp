@@ -202,6 +202,16 @@ TEST_F(Batch, TheReferencePageIsMadeFromTheDeclarations)
     EXPECT_NE(page.find(verbs), std::string::npos) << "run: tools/make-command-reference";
 }
 
+TEST_F(Batch, TheOperatorPageIsMadeFromTheDeclarations)
+{
+    const std::string page = read(SOURCE_DIR "/docs/operators.md");
+    const std::string operators = lodex("operators").out;
+    for (const char* name : {"### Arithmetic\n", "### Dykstra-Parsons\n", "### MixedPressureSolver\n", "### geometric\n", "### parametric\n",
+                             "### stratigraphic\n", "### k-constrained geometric\n"})
+        EXPECT_NE(operators.find(name), std::string::npos) << name;
+    EXPECT_NE(page.find(operators), std::string::npos) << "run: tools/make-command-reference";
+}
+
 TEST_F(Batch, ExamplesRun)
 {
     std::filesystem::create_directory(folder / "out"); // as ./run does

@@ -59,7 +59,7 @@ std::vector<Rule> make_rules()
         qt_free("lodex/utils", {}, {}),
         qt_free("lodex/geobase", {"lodex/utils"}, {}),
         qt_free("lodex/interpreter", {"lodex/utils", "lodex/geobase"}, {Json}),
-        qt_free("lodex/volumes/model", {"lodex/utils"}, {Tbb, Eigen}, {"host/Lodex/geobase", "host/Lodex/interpreter"}),
+        qt_free("lodex/volumes/model", {"lodex/utils", "upscaling/kernels"}, {Tbb, Eigen}, {"host/Lodex/geobase", "host/Lodex/interpreter"}),
         qt_free("lodex/volumes", {"lodex/utils", "lodex/geobase", "lodex/interpreter", "upscaling"},
                 {Tbb, Eigen, Json}),
         qt_free("lodex/gridio", {"lodex/utils", "lodex/geobase", "lodex/interpreter", "lodex/volumes", "upscaling"},

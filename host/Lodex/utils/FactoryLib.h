@@ -13,9 +13,11 @@ public:
     virtual ~Factory() = default;
     /// Registered path, "family/name".
     [[nodiscard]] virtual CString path() const = 0;
+    /// Place among the others of the domain; those of equal rank stand in order of registration.
+    [[nodiscard]] virtual int rank() const { return 0; }
 };
 
-/// Registry of factories by domain. Order of registration is kept.
+/// Registry of factories by domain, in the order of their ranks, then of their registration.
 class FactoryLib {
 public:
     [[nodiscard]] static FactoryLib* instance();

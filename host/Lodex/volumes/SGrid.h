@@ -1,9 +1,11 @@
 #pragma once
 
+#include <Lodex/utils/RealArray.h>
 #include <Lodex/volumes/GridObj.h>
-#include <Lodex/volumes/RealArray.h>
+#include <Lodex/volumes/IndexRelation.h>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace Lodex {
@@ -42,6 +44,10 @@ public:
     [[nodiscard]] virtual std::span<const std::uint8_t> active_flags() const = 0;
     /// Absolute bulk volume of every cell, worked out at the first call and kept.
     [[nodiscard]] virtual std::span<const double> bulk_volumes() const = 0;
+
+    /// The source index ranges that the indices of this grid came from (merged, subdivided, through grids that are gone as
+    /// well); nothing when no record leads from `source` to this grid.
+    [[nodiscard]] virtual std::optional<IndexRelation> relation_to(const SGrid& source) const = 0;
 
 protected:
     using GridObj::GridObj;

@@ -2,51 +2,42 @@
 
 #include "GridModel.h"
 
-#include <array>
+#include "upscaling/kernels/CellGeometry.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace lodex {
 
-/// A point: x, y in the file's length unit, depth positive downwards.
-using Point3 = std::array<double, 3>;
+using Kelvane::cell_centre;
+using Kelvane::cell_volume;
+using Kelvane::CellCorners;
+using Kelvane::CellSide;
+using Kelvane::CornerPointView;
+using Kelvane::pillar_point;
+using Kelvane::Point3;
+using Kelvane::side_corners;
+using Kelvane::signed_cell_volume;
 
-/// The eight corners of a cell. Corner a + 2b + 4c stands at the I side a, the J side b and the K side c; c = 0 is the
-/// top side.
-using CellCorners = std::array<Point3, 8>;
-
-/// Side of a cell, in this order: I-, I+, J-, J+, K-, K+.
-enum class CellSide { IMinus, IPlus, JMinus, JPlus, KMinus, KPlus };
-
-/// Point of a pillar at a depth, linear between the pillar's two points and beyond them, in 64 bits. A pillar whose two
-/// points have the same depth (or a depth that is not finite) has no slope: x and y are those of its top point.
-/// `pillar` is 6 numbers: x, y, depth of the top point, then of the bottom point.
-[[nodiscard]] Point3 pillar_point(std::span<const double, 6> pillar, double depth);
+/// The arrays of a model for operators that know no model. Valid as long as the model is not changed.
+[[nodiscard]] inline CornerPointView view_of(const GridModel& model)
+{
+    return {model.size, model.coord, model.zcorn, model.active};
+}
 
 /// Corners of the cell i, j, k, 0-based. Indices are the caller's duty.
-[[nodiscard]] CellCorners cell_corners(const GridModel& model, std::int64_t i, std::int64_t j, std::int64_t k);
+[[nodiscard]] inline CellCorners cell_corners(const GridModel& model, std::int64_t i, std::int64_t j, std::int64_t k)
+{
+    return Kelvane::cell_corners(view_of(model), i, j, k);
+}
 
-/// The four corners of a side of a cell, going round it counterclockwise about the outward normal when the cell turns
-/// like (x, y, depth).
-[[nodiscard]] std::array<Point3, 4> side_corners(const CellCorners& corners, CellSide side);
-
-/// Mean of the eight corners, which is the image of the centre of the unit cube under the trilinear map.
-[[nodiscard]] Point3 cell_centre(const CellCorners& corners);
-
-/// Volume of the trilinear hexahedron with its sign: positive when (I, J, K) turns like (x, y, depth). Exact, equal to
-/// the mean of the two splits into five tetrahedra; three determinants after J. Grandy, "Efficient computation of
-/// volume of hexahedral cells", UCRL-ID-128886, 1997.
-[[nodiscard]] double signed_cell_volume(const CellCorners& corners);
-
-/// Absolute value of signed_cell_volume().
-[[nodiscard]] double cell_volume(const CellCorners& corners);
-
-/// Mean over the four vertical edges of bottom depth minus top depth; negative for a cell that stands on its head.
-[[nodiscard]] double cell_height(const CellCorners& corners);
-
+using Kelvane::cell_height;
 /// cell_height() from the corner depths alone.
-[[nodiscard]] double cell_height(const GridModel& model, std::int64_t i, std::int64_t j, std::int64_t k);
+[[nodiscard]] inline double cell_height(const GridModel& model, std::int64_t i, std::int64_t j, std::int64_t k)
+{
+    return Kelvane::cell_height(view_of(model), i, j, k);
+}
 
 /// Bulk volume (absolute value) of every cell, active or not, I fastest; cubic units of the file. A cell with a corner
 /// that is not finite has volume 0. Runs on all threads; the result does not depend on their number.

@@ -1,31 +1,27 @@
 #pragma once
 
-#include "GridModel.h"
+#include "CellGeometry.h"
 
-#include <cstdint>
+#include "upscaling/kernels/FaultBlocks.h"
+
 #include <vector>
 
 namespace lodex {
 
-/// Areal fault blocks: sets of columns connected through faces whose corners coincide.
-struct FaultBlocks {
-    std::int64_t count = 0;
-    /// For every column (I fastest) its block, 0-based and numbered in the order of their first active cell; -1 for a
-    /// column without any active cell.
-    std::vector<std::int32_t> column_block;
+using Kelvane::FaultBlocks;
 
-    /// Block of a cell, 0-based cell index, I fastest.
-    [[nodiscard]] std::int32_t cell_block(std::size_t cell) const { return column_block[cell % column_block.size()]; }
-};
+/// See Kelvane::coincidence_tolerance().
+[[nodiscard]] inline double coincidence_tolerance(const GridModel& model)
+{
+    return Kelvane::coincidence_tolerance(view_of(model));
+}
 
-/// Depths closer than this coincide: one part in a million of the largest absolute depth of the grid, which is some
-/// eight roundings of a 32-bit depth (2 mm at 2000 m).
-[[nodiscard]] double coincidence_tolerance(const GridModel& model);
-
-/// Two columns that are neighbours along I or J are connected when in any K layer both cells are active and the four
-/// corners of the face between them coincide within `tolerance` (negative: coincidence_tolerance()). Throws Cancelled.
-[[nodiscard]] FaultBlocks find_fault_blocks(const GridModel& model, double tolerance = -1,
-                                            const ProgressCheck& progress = {});
+/// See Kelvane::find_fault_blocks(). Throws Cancelled.
+[[nodiscard]] inline FaultBlocks find_fault_blocks(const GridModel& model, double tolerance = -1,
+                                                   const ProgressCheck& progress = {})
+{
+    return Kelvane::find_fault_blocks(view_of(model), tolerance, progress);
+}
 
 /// One model region per block, "fault_block_1", "fault_block_2", ... in block order, over all cells of the block's
 /// columns. None when there is only one block. Throws Cancelled.

@@ -3,7 +3,8 @@
 #include "lodex/utils/Errors.h"
 
 #include <Lodex/volumes/LayerInfo.h>
-#include <Lodex/volumes/RealArray.h>
+#include <Lodex/utils/RealArray.h>
+#include <Lodex/volumes/IndexRelation.h>
 
 #include <array>
 #include <cstdint>
@@ -78,12 +79,8 @@ struct GridFrame {
     bool grid_units_map = false;                   ///< GRIDUNIT said MAP: coordinates are map coordinates
 };
 
-/// First and last index, 0-based and inclusive.
-struct IndexRange {
-    std::int64_t first = 0;
-    std::int64_t last = 0;
-    friend bool operator==(const IndexRange&, const IndexRange&) = default;
-};
+using Lodex::IndexRange;
+using Lodex::IndexRelation;
 
 /// How the cells of a grid came from the cells of another one: along each axis, for every index of this grid the index
 /// range of the source that it came from. Written by merge and subdivide, composed over destroyed temporaries.
@@ -91,7 +88,7 @@ struct DerivationRecord {
     std::uint64_t source_id = 0;   ///< GridModel::id of the source, valid after renaming and after its destruction
     std::string source_name;       ///< its name at that time, for messages
     GridSize source_size{};
-    std::array<std::vector<IndexRange>, 3> ranges;
+    IndexRelation ranges;
 };
 
 /// A corner-point grid as plain data: what readers make, operators take and give, and the catalogue's grid holds.

@@ -2,6 +2,8 @@
 
 #include "GridModel.h"
 
+#include "upscaling/kernels/CellGeometry.h"
+
 #include <cstdint>
 #include <span>
 #include <utility>
@@ -43,11 +45,6 @@ void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& fron
 void volume_row(std::int64_t cells, const PillarRow& back, const PillarRow& front, const double* z00, const double* z10,
                 const double* z01, const double* z11, double* volumes);
 
-/// Where a run of corner depths starts: the row of cells (j, k) from cell i on, J side b, K side c.
-[[nodiscard]] inline std::int64_t depth_offset(const GridSize& size, std::int64_t i, std::int64_t j, std::int64_t k,
-                                               int b, int c)
-{
-    return ((2 * k + c) * 2 * size[1] + (2 * j + b)) * 2 * size[0] + 2 * i;
-}
+using Kelvane::depth_offset;
 
 } // namespace lodex

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#if defined(__SSE2__)
+#include <xmmintrin.h>
+#endif
+
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#define KELVANE_VECTOR_CLONES
+#elif defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+// One copy of a kernel per instruction set, chosen when the library is loaded. Sanitizers do not stand the choice.
+#define KELVANE_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))
+#else
+#define KELVANE_VECTOR_CLONES
+#endif
+
+#define KELVANE_INLINE inline __attribute__((always_inline))
+
+namespace Kelvane::flow {
+
+/// Numbers too small for the format count as zero while this lives, on this thread: decaying sweeps would crawl.
+class FlushTiny {
+public:
+    FlushTiny()
+    {
+#if defined(__SSE2__)
+        _mm_setcsr(saved_ | 0x8040U);
+#endif
+    }
+    ~FlushTiny()
+    {
+#if defined(__SSE2__)
+        _mm_setcsr(saved_);
+#endif
+    }
+    FlushTiny(const FlushTiny&) = delete;
+    FlushTiny& operator=(const FlushTiny&) = delete;
+
+private:
+#if defined(__SSE2__)
+    unsigned saved_ = _mm_getcsr();
+#endif
+};
+
+/// work(n) for 0 <= n < count, on several threads when there is enough to do; `cost` is the number of cells behind one
+/// n. What one n does must not depend on the others.
+template <class Work> void for_parts(int count, std::size_t cost, const Work& work)
+{
+    constexpr std::size_t worth_a_task = 8192;
+    if (count < 2 || static_cast<std::size_t>(count) * cost < 2 * worth_a_task) {
+        const FlushTiny flush;
+        for (int n = 0; n < count; ++n)
+            work(n);
+        return;
+    }
+    const auto grain = std::max<std::size_t>(1, worth_a_task / std::max<std::size_t>(1, cost));
+    tbb::parallel_for(tbb::blocked_range<int>(0, count, grain), [&work](const tbb::blocked_range<int>& range) {
+        const FlushTiny flush;
+        for (int n = range.begin(); n != range.end(); ++n)
+            work(n);
+    });
+}
+
+/// Sum of part(n) for 0 <= n < count, always in the same order.
+template <class Part> double sum_parts(int count, std::size_t cost, const Part& part)
+{
+    std::vector<double> sums(static_cast<std::size_t>(std::max(0, count)));
+    for_parts(count, cost, [&](int n) { sums[static_cast<std::size_t>(n)] = part(n); });
+    double sum = 0;
+    for (const double value : sums)
+        sum += value;
+    return sum;
+}
+
+/// Product of two vectors, pieces of a fixed length summed on their own.
+[[nodiscard]] double dot(std::span<const double> a, std::span<const double> b);
+
+/// y += factor * x
+void add_scaled(std::span<double> y, double factor, std::span<const double> x);
+
+/// y = x + factor * y
+void scale_and_add(std::span<double> y, double factor, std::span<const double> x);
+
+} // namespace Kelvane::flow

@@ -1,0 +1,24 @@
+#include "DFPressureSolverUpscaler.h"
+
+#include "UpscalerInfo.h"
+
+#include <Kelvane/upscaling/UpscalerTypes.h>
+
+namespace Kelvane {
+
+namespace {
+
+const UpscalerRegistration<DFPressureSolverUpscaler> registration{
+    {.name = DFPressureSolverUpscalerType::type().str(),
+     .rank = 280,
+     .families = {"Permeability"},
+     .summary = "The flow in the true cell by two-point finite differences.",
+     .formula = "k_a = Q(k) / Q(1), Q being the flow of the discrete field under the boundary condition",
+     .inputs = "Three fine permeabilities (along I, J, K); three coarse ones, and with K-Confined IJ, "
+               "with Unconfined IJ, IK and JK.",
+     .special_values = "A zero or negative value is a sealed sample; an undefined one takes the mean of the "
+                       "defined neighbours in the coarse cell."}};
+
+} // namespace
+
+} // namespace Kelvane
