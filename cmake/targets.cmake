@@ -11,6 +11,9 @@ target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wsha
 if(LODEX_SANITIZE)
   add_compile_options(-fsanitize=${LODEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
   add_link_options(-fsanitize=${LODEX_SANITIZE})
+  if(LODEX_SANITIZE MATCHES "thread")
+    include_directories(BEFORE ${PROJECT_SOURCE_DIR}/cmake/thread_sanitizer)
+  endif()
 endif()
 
 # project_library(NAME [QT] [LINK targets...] [PUBLIC_LINK targets...])
@@ -29,10 +32,13 @@ function(project_library NAME)
   endif()
 endfunction()
 
-# project_test(NAME [QT] [LINK targets...])
-# One test program of all sources of the current folder; a Qt one runs without a display.
+find_program(XVFB_RUN xvfb-run)
+
+# project_test(NAME [QT [CAMERA]] [LINK targets...])
+# One test program of all sources of the current folder; a Qt one runs without a display, one with CAMERA in real windows
+# of a virtual one.
 function(project_test NAME)
-  cmake_parse_arguments(ARG "QT" "" "LINK" ${ARGN})
+  cmake_parse_arguments(ARG "QT;CAMERA" "" "LINK" ${ARGN})
   file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
   add_executable(${NAME} ${SOURCES})
   target_link_libraries(${NAME} PRIVATE project_warnings test_support ${ARG_LINK})
@@ -43,9 +49,20 @@ function(project_test NAME)
   else()
     target_link_libraries(${NAME} PRIVATE GTest::gtest_main)
   endif()
-  add_test(NAME ${NAME} COMMAND ${NAME})
+  set(PLATFORM offscreen)
+  if(ARG_CAMERA)
+    if(NOT XVFB_RUN)
+      message(STATUS "xvfb-run is not installed: ${NAME} is built and not run")
+      return()
+    endif()
+    set(PLATFORM xcb)
+    add_test(NAME ${NAME} COMMAND ${XVFB_RUN} -a -s "-screen 0 1280x900x24" $<TARGET_FILE:${NAME}>)
+    set_tests_properties(${NAME} PROPERTIES RESOURCE_LOCK display) # each one brings all cores to work by itself
+  else()
+    add_test(NAME ${NAME} COMMAND ${NAME})
+  endif()
   set_tests_properties(${NAME} PROPERTIES TIMEOUT 600 ENVIRONMENT
-    "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
+    "QT_QPA_PLATFORM=${PLATFORM};LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0;UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()
 
 # module_part(NAME)
