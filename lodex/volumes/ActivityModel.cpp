@@ -1,6 +1,7 @@
 #include "ActivityModel.h"
 
 #include "GridItems.h"
+#include "GridUnits.h"
 #include "lodex/interpreter/Interpreter.h"
 #include "lodex/interpreter/Lists.h"
 #include "lodex/utils/Names.h"
@@ -24,8 +25,9 @@ GridActivityModel::~GridActivityModel() = default;
 void GridActivityModel::rebuild()
 {
     layers_.clear();
+    const double scale = grid_unit_scale(grid_.model());
     for (const LayerData& layer : grid_.model().layers)
-        layers_.push_back(std::make_unique<GridLayer>(layer));
+        layers_.push_back(std::make_unique<GridLayer>(layer, scale));
 }
 
 std::vector<LayerInfo*> GridActivityModel::layers() const

@@ -71,15 +71,17 @@ private:
 
 class GridLayer final : public Lodex::LayerInfo, private Lodex::RockFeature {
 public:
-    explicit GridLayer(const LayerData& data) : data_(data), name_(data.unit) {}
+    /// depth_scale: internal units in one unit of the grid's depths.
+    GridLayer(const LayerData& data, double depth_scale) : data_(data), depth_scale_(depth_scale), name_(data.unit) {}
     [[nodiscard]] long nb_k_cells() const override { return static_cast<long>(data_.nb_k_cells); }
-    [[nodiscard]] float cell_thickness() const override { return data_.cell_thickness; }
+    [[nodiscard]] float cell_thickness() const override { return static_cast<float>(data_.cell_thickness * depth_scale_); }
     [[nodiscard]] LayeringStyle layering_style() const override { return data_.style; }
     [[nodiscard]] Lodex::RockFeature* rock_feature() const override { return const_cast<GridLayer*>(this); }
 
 private:
     [[nodiscard]] const Lodex::CString& name() const override { return name_; }
     LayerData data_;
+    double depth_scale_;
     Lodex::CString name_;
 };
 

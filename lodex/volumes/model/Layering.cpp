@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <optional>
 #include <variant>
@@ -176,6 +177,39 @@ void fill_layering_info(GridModel& model, double depth_unit)
         }
     }
     model.layers = {make_layer(model, "unit_1", {0, model.size[2] - 1}, depth_unit)};
+}
+
+double LayerSurface::depth(double top, double base) const
+{
+    const double thickness = base - top;
+    const double step = std::copysign(std::min(distance, std::abs(thickness)), thickness);
+    switch (style) {
+    case Lodex::LayerInfo::ParallelToTop: return top + step;
+    case Lodex::LayerInfo::ParallelToBase: return base - step;
+    default: return top + fraction * thickness;
+    }
+}
+
+std::vector<LayerSurface> layer_surfaces(const GridModel& model, double depth_unit, std::vector<std::string>& warnings)
+{
+    std::vector<LayerSurface> result(static_cast<std::size_t>(model.size[2] + 1));
+    const std::vector<std::int64_t> starts = layer_starts(model.layers);
+    for (std::size_t unit = 0; unit < model.layers.size(); ++unit) {
+        const LayerData& layer = model.layers[unit];
+        LayerSurface surface{true, starts[unit], starts[unit + 1] - 1, 0, 0, layer.style};
+        const double thickness = static_cast<double>(layer.cell_thickness) * depth_unit;
+        if (layer.style != Lodex::LayerInfo::Proportional && !(thickness > 0 && std::isfinite(thickness))) {
+            warnings.push_back(fmt::format("layer \"{}\" has no cell thickness: it is divided evenly", layer.unit));
+            surface.style = Lodex::LayerInfo::Proportional;
+        }
+        const bool from_top = surface.style == Lodex::LayerInfo::ParallelToTop;
+        for (std::int64_t above = 1; above < layer.nb_k_cells; ++above) {
+            surface.fraction = static_cast<double>(above) / static_cast<double>(layer.nb_k_cells);
+            surface.distance = thickness * static_cast<double>(from_top ? above : layer.nb_k_cells - above);
+            result[static_cast<std::size_t>(starts[unit] + above)] = surface;
+        }
+    }
+    return result;
 }
 
 std::vector<RegionData> unit_regions(const GridModel& model)

@@ -36,6 +36,25 @@ namespace lodex {
 /// one layer of all K cells. Throws ModelError when the grid has layers.
 void fill_layering_info(GridModel& model, double depth_unit = 1);
 
+/// Where a K surface stands when a grid is laid out anew from its layers: where it was, or at a place within its layer.
+struct LayerSurface {
+    bool computed = false;              ///< false: where it was
+    std::int64_t top_k = 0, base_k = 0; ///< first and last K layer of the layer that holds it
+    double fraction = 0;                ///< Proportional: share of the layer's thickness from its top
+    double distance = 0;                ///< else: depth below the layer's top or height above its base
+    Lodex::LayerInfo::LayeringStyle style = Lodex::LayerInfo::Proportional;
+
+    /// Depth between the layer's top and base at one corner; a distance is cut at the other side, and laid off the
+    /// other way where the layer stands on its head.
+    [[nodiscard]] double depth(double top, double base) const;
+};
+
+/// The surfaces on top of K layers 0 ... nk, the last one being the base of the grid. Those between two layers stay;
+/// those within a layer stand where its layering style puts the number of cells above them (below them for
+/// ParallelToBase). A layer without cell thickness is divided evenly, with a warning. For depth_unit see MergeOptions.
+[[nodiscard]] std::vector<LayerSurface> layer_surfaces(const GridModel& model, double depth_unit,
+                                                       std::vector<std::string>& warnings);
+
 /// One model region per layer, named after its unit, over all cells of its K layers. Layers of one unit share a region.
 [[nodiscard]] std::vector<RegionData> unit_regions(const GridModel& model);
 

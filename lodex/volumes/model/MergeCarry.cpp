@@ -1,6 +1,7 @@
 #include "MergeCarry.h"
 
 #include "Layering.h"
+#include "PropertyTools.h"
 
 #include <fmt/format.h>
 
@@ -80,6 +81,64 @@ carried_points(const GridModel& source, const PropertyData& property, std::span<
         property.values);
 }
 
+std::variant<std::vector<float>, std::vector<double>, std::vector<std::int32_t>>
+divided_points(const GridModel& source, const PropertyData& property, int axis, std::span<const IndexRange> ranges)
+{
+    // Old node at or before each new one, and how far on the way to the next it stands: n of `parts`.
+    struct Place {
+        std::int64_t node = 0, n = 0, parts = 1;
+    };
+    std::vector<Place> places;
+    for (std::size_t first = 0; first < ranges.size();) {
+        std::size_t end = first + 1;
+        while (end < ranges.size() && ranges[end] == ranges[first])
+            ++end;
+        for (std::size_t n = first; n < end; ++n)
+            places.push_back(
+                {ranges[first].first, static_cast<std::int64_t>(n - first), static_cast<std::int64_t>(end - first)});
+        first = end;
+    }
+    places.push_back({ranges.back().last + 1, 0, 1});
+
+    const auto at = static_cast<std::size_t>(axis);
+    GridSize nodes = source.size;
+    for (std::int64_t& count : nodes)
+        ++count;
+    GridSize new_nodes = nodes;
+    new_nodes[at] = static_cast<std::int64_t>(places.size());
+    const GridSize strides{1, nodes[0], nodes[0] * nodes[1]};
+    const std::int64_t next = strides[at];
+    return std::visit(
+        [&](const auto& values) -> decltype(PropertyData::values) {
+            using Values = std::remove_cvref_t<decltype(values)>;
+            using Value = typename Values::value_type;
+            Values result;
+            result.reserve(static_cast<std::size_t>(new_nodes[0] * new_nodes[1] * new_nodes[2]));
+            GridSize node{};
+            for (node[2] = 0; node[2] < new_nodes[2]; ++node[2])
+                for (node[1] = 0; node[1] < new_nodes[1]; ++node[1])
+                    for (node[0] = 0; node[0] < new_nodes[0]; ++node[0]) {
+                        const Place& place = places[static_cast<std::size_t>(node[at])];
+                        GridSize old = node;
+                        old[at] = place.node;
+                        const auto a =
+                            static_cast<std::size_t>(old[0] * strides[0] + old[1] * strides[1] + old[2] * strides[2]);
+                        const std::size_t b = place.n > 0 ? a + static_cast<std::size_t>(next) : a;
+                        if (std::is_floating_point_v<Value> && place.n > 0 && is_defined(property, a) &&
+                            is_defined(property, b)) {
+                            const double share = static_cast<double>(place.n) / static_cast<double>(place.parts);
+                            const auto from = static_cast<double>(values[a]), to = static_cast<double>(values[b]);
+                            result.push_back(static_cast<Value>(from + share * (to - from)));
+                        }
+                        else {
+                            result.push_back(values[2 * place.n > place.parts ? b : a]);
+                        }
+                    }
+            return result;
+        },
+        property.values);
+}
+
 std::vector<LayerData> carried_layers(std::span<const LayerData> layers, std::span<const IndexRange> k_ranges,
                                       std::vector<std::string>& warnings)
 {
@@ -137,6 +196,46 @@ std::vector<FaultSegment> carried_faults(std::span<const FaultSegment> faults, c
                     runs[axis].back()[1] = index;
                 else
                     runs[axis].push_back({index, index});
+            }
+        }
+        if (runs[0].empty() || runs[1].empty() || runs[2].empty())
+            ++dropped;
+        for (const auto& k : runs[2])
+            for (const auto& j : runs[1])
+                for (const auto& i : runs[0])
+                    result.push_back({fault.name, i, j, k, fault.face});
+    }
+    return result;
+}
+
+std::vector<FaultSegment> divided_faults(std::span<const FaultSegment> faults, const GridSize& old_size,
+                                         const std::array<std::vector<IndexRange>, 3>& ranges, std::int64_t& dropped)
+{
+    // First new index of every old one, and the end.
+    std::array<std::vector<std::int64_t>, 3> starts;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        for (std::size_t n = 0; n < ranges[axis].size(); ++n)
+            if (n == 0 || !(ranges[axis][n] == ranges[axis][n - 1]))
+                starts[axis].push_back(static_cast<std::int64_t>(n));
+        starts[axis].push_back(static_cast<std::int64_t>(ranges[axis].size()));
+    }
+    std::vector<FaultSegment> result;
+    for (const FaultSegment& fault : faults) {
+        const std::array<std::array<std::int64_t, 2>, 3> box{fault.i, fault.j, fault.k};
+        const Face face = parse_face(fault.face);
+        std::array<std::vector<std::array<std::int64_t, 2>>, 3> runs; // of new indices
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const std::int64_t first = std::max<std::int64_t>(std::min(box[axis][0], box[axis][1]), 0);
+            const std::int64_t last = std::min(std::max(box[axis][0], box[axis][1]), old_size[axis] - 1);
+            for (std::int64_t old = first; old <= last; ++old) {
+                std::int64_t from = starts[axis][static_cast<std::size_t>(old)];
+                std::int64_t to = starts[axis][static_cast<std::size_t>(old + 1)] - 1;
+                if (static_cast<int>(axis) == face.axis)
+                    (face.side ? from : to) = face.side ? to : from;
+                if (!runs[axis].empty() && runs[axis].back()[1] == from - 1)
+                    runs[axis].back()[1] = to;
+                else
+                    runs[axis].push_back({from, to});
             }
         }
         if (runs[0].empty() || runs[1].empty() || runs[2].empty())

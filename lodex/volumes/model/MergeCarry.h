@@ -11,13 +11,19 @@
 
 namespace lodex {
 
-/// What a merge carries over besides cells. `ranges` holds for every index of the new grid the index range of the old
-/// one, ascending and without gaps, along each axis.
+/// What a merge or a subdivision carries over besides cells. `ranges` holds for every index of the new grid the index
+/// range of the old one, ascending and without gaps, along each axis; the new indices of a divided section name the
+/// same old one.
 
-/// Values of the nodes that stay.
+/// Values of the nodes that stay after a merge.
 [[nodiscard]] std::variant<std::vector<float>, std::vector<double>, std::vector<std::int32_t>>
 carried_points(const GridModel& source, const PropertyData& property, std::span<const IndexRange> i_ranges,
                std::span<const IndexRange> j_ranges, std::span<const IndexRange> k_ranges);
+
+/// Values of the nodes after a subdivision along one axis: those between two old ones are linear between them at even
+/// places, the nearer one's (the lower index half-way) where values are discrete or one of the two is undefined.
+[[nodiscard]] std::variant<std::vector<float>, std::vector<double>, std::vector<std::int32_t>>
+divided_points(const GridModel& source, const PropertyData& property, int axis, std::span<const IndexRange> ranges);
 
 /// Layers with the number of new K cells whose first section lies in them; cell thickness grows in proportion. A range
 /// over two layers and a layer that has lost all its cells are warned of.
@@ -28,6 +34,12 @@ carried_points(const GridModel& source, const PropertyData& property, std::span<
 /// Fault segments in new indices; those whose faces all lie inside merged cells or outside of the grid are counted in
 /// `dropped`. One whose faces stay only in parts becomes several.
 [[nodiscard]] std::vector<FaultSegment> carried_faults(std::span<const FaultSegment> faults, const GridSize& old_size,
+                                                       const std::array<std::vector<IndexRange>, 3>& ranges,
+                                                       std::int64_t& dropped);
+
+/// Fault segments in the indices of a subdivided grid: boxes grow with their cells, a face on a higher side is that of
+/// the last new cell, one on a lower side that of the first. Those outside of the grid are counted in `dropped`.
+[[nodiscard]] std::vector<FaultSegment> divided_faults(std::span<const FaultSegment> faults, const GridSize& old_size,
                                                        const std::array<std::vector<IndexRange>, 3>& ranges,
                                                        std::int64_t& dropped);
 

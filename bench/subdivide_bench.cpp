@@ -1,0 +1,206 @@
+// Division of every section of a grid in two along each axis, against plain copies of its bytes in the same run.
+//
+// subdivide_bench [NI NJ NK] [repeats]
+//
+// NI x NJ x NK is the size of the new grid, 10 million cells when nothing else is said. Printed for each axis and
+// layering: the time of the subdivision with its volume report; the time that copying the arrays of the source and the
+// arrays of the result takes on as many threads, into fresh and into touched memory; the ratios; and the peak of the
+// resident memory of the first subdivision against what source and result hold.
+
+#include "lodex/volumes/model/Create.h"
+#include "lodex/volumes/model/Subdivide.h"
+
+#include <tbb/parallel_for.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using lodex::GridModel;
+
+double seconds_of(const std::function<void()>& work)
+{
+    const auto start = Clock::now();
+    work();
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// All numbers of a grid, array by array.
+std::vector<std::span<const std::byte>> arrays_of(const GridModel& model)
+{
+    std::vector<std::span<const std::byte>> arrays;
+    const auto add = [&](const auto& numbers) {
+        arrays.push_back(std::as_bytes(std::span(numbers)));
+    };
+    model.coord.visit([&](auto numbers) { add(numbers); });
+    model.zcorn.visit([&](auto numbers) { add(numbers); });
+    add(model.active);
+    for (const auto& property : model.properties)
+        std::visit(add, property.values);
+    for (const auto& region : model.regions)
+        add(region.flags);
+    return arrays;
+}
+
+std::size_t bytes_of(const GridModel& model)
+{
+    std::size_t bytes = 0;
+    for (const auto& array : arrays_of(model))
+        bytes += array.size();
+    return bytes;
+}
+
+struct CopyTimes {
+    double fresh = 0; // into memory not touched before, which is what a subdivision writes to
+    double again = 0; // once more into the same memory
+};
+
+// Copies the bytes on all threads.
+CopyTimes copy_seconds(const std::vector<std::span<const std::byte>>& arrays)
+{
+    std::vector<std::unique_ptr<std::byte[]>> copies;
+    for (const auto& array : arrays)
+        copies.push_back(std::make_unique_for_overwrite<std::byte[]>(array.size()));
+    const auto copy = [&] {
+        for (std::size_t a = 0; a < arrays.size(); ++a) {
+            constexpr std::size_t piece = 1 << 20;
+            tbb::parallel_for(std::size_t{0}, (arrays[a].size() + piece - 1) / piece, [&](std::size_t n) {
+                const std::size_t first = n * piece;
+                std::memcpy(copies[a].get() + first, arrays[a].data() + first,
+                            std::min(piece, arrays[a].size() - first));
+            });
+        }
+    };
+    CopyTimes times;
+    times.fresh = seconds_of(copy);
+    times.again = seconds_of(copy);
+    for (std::size_t a = 0; a < arrays.size(); ++a)
+        if (std::memcmp(copies[a].get(), arrays[a].data(), arrays[a].size()) != 0)
+            std::abort();
+    return times;
+}
+
+double resident_mb()
+{
+    std::ifstream statm("/proc/self/statm");
+    double pages = 0, resident = 0;
+    statm >> pages >> resident;
+    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+}
+
+double peak_mb()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
+}
+
+// Every section in two: evenly, or a cell of the given thickness (a fraction of the mean one) and the rest.
+lodex::SubdivideRequest every_section(const GridModel& model, int axis, bool by_thickness)
+{
+    lodex::SubdivideRequest request;
+    request.axis = axis;
+    request.copy_properties = true;
+    constexpr std::array<double, 3> thickness{10, 10, 0.5}; // metres
+    for (std::int64_t section = 0; section < model.size[static_cast<std::size_t>(axis)]; ++section) {
+        lodex::SectionDivision division{.section = section, .added = 1};
+        if (by_thickness) {
+            division.layering = Lodex::LayerInfo::ParallelToTop;
+            division.thickness = thickness[static_cast<std::size_t>(axis)];
+        }
+        request.divisions.push_back(division);
+    }
+    return request;
+}
+
+// In a process of its own, so that the peak of one case does not hide that of another.
+void measure(lodex::GridSize size, int axis, bool by_thickness, int repeats)
+{
+    // Four continuous properties and a discrete one.
+    auto& divided = size[static_cast<std::size_t>(axis)];
+    divided = std::max<std::int64_t>(divided / 2, 1);
+    const GridModel source = lodex::make_example(size);
+    const lodex::SubdivideRequest request = every_section(source, axis, by_thickness);
+    const double before = resident_mb();
+    std::vector<double> times, fresh_copies, copies_again;
+    lodex::SubdivideReport report;
+    double result_mb = 0;
+    double peak = 0;
+    for (int n = 0; n < repeats; ++n) {
+        GridModel result;
+        times.push_back(seconds_of([&] { result = lodex::subdivide_sections(source, request, report); }));
+        if (n == 0)
+            peak = peak_mb();
+        result_mb = static_cast<double>(bytes_of(result)) / 1e6;
+        const CopyTimes in = copy_seconds(arrays_of(source));
+        const CopyTimes out = copy_seconds(arrays_of(result));
+        fresh_copies.push_back(in.fresh + out.fresh);
+        copies_again.push_back(in.again + out.again);
+    }
+    const double source_mb = static_cast<double>(bytes_of(source)) / 1e6;
+    const double best = *std::ranges::min_element(times);
+    const double fresh = *std::ranges::min_element(fresh_copies);
+    const double again = *std::ranges::min_element(copies_again);
+    const auto text = [](const lodex::GridSize& s) {
+        return std::to_string(s[0]) + " x " + std::to_string(s[1]) + " x " + std::to_string(s[2]);
+    };
+    std::printf("%c, %s: %s -> %s, bulk volume %.9g -> %.9g, cell difference max %.3g mean %.3g\n", "IJK"[axis],
+                by_thickness ? "parallel to top" : "proportional", text(size).c_str(), text(report.size_after).c_str(),
+                report.bulk_volume_before, report.bulk_volume_after, report.max_relative_difference,
+                report.mean_relative_difference);
+    std::printf(
+        "   subdivision %.3f s; copy of %.0f + %.0f MB into fresh memory %.3f s: ratio %.2f; into touched memory "
+        "%.3f s: ratio %.2f\n",
+        best, source_mb, result_mb, fresh, best / fresh, again, best / again);
+    std::printf("   peak memory %.0f MB, source and result %.0f MB: ratio %.2f (resident before %.0f MB)\n", peak,
+                source_mb + result_mb, peak / (source_mb + result_mb), before);
+    std::fflush(stdout);
+}
+
+// The threads of a process do not live on in its children: all work is done in children.
+int in_child(const std::function<void()>& work)
+{
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+        work();
+        std::fflush(stdout);
+        std::_Exit(0);
+    }
+    int status = 1;
+    waitpid(child, &status, 0);
+    return status == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    lodex::GridSize size{500, 400, 50};
+    for (int axis = 0; axis < 3 && argc > 3; ++axis)
+        size[static_cast<std::size_t>(axis)] = std::max(1LL, std::atoll(argv[1 + axis]));
+    const int repeats = std::max(1, argc > 4 ? std::atoi(argv[4]) : 5);
+    std::printf("%u threads\n", std::thread::hardware_concurrency());
+    int failed = 0;
+    for (int axis = 0; axis < 3; ++axis)
+        for (const bool by_thickness : {false, true})
+            failed += in_child([&] { measure(size, axis, by_thickness, repeats); });
+    return failed ? 1 : 0;
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Layering.h"
+#include "SubdividePlan.h"
+#include "Summation.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace lodex {
+
+/// What the cells of a subdivision are made from, and the arrays they go to, which have their sizes already.
+struct SubdivideJob {
+    struct Property {
+        const PropertyData* in = nullptr;
+        PropertyData* out = nullptr;
+    };
+    struct Region {
+        const std::uint8_t* in = nullptr;
+        std::uint8_t* out = nullptr;
+    };
+
+    const GridModel& source;
+    GridModel& result;        ///< size, pillars and flags
+    std::span<double> depths; ///< of the result
+    int axis = 2;
+    const std::array<AxisDivision, 3>& divisions;
+    bool along_pillar = true;
+    const std::vector<LayerSurface>* surfaces = nullptr; ///< null: tops and bases are the old ones
+    std::vector<Property> properties;                    ///< those on cells
+    std::vector<Region> regions;
+};
+
+/// Sums over cells for the report.
+struct SubdivideSums {
+    CompensatedSum active_before, total_before, active_after, total_after, relative;
+    double max_relative = 0;
+    std::int64_t cells_before = 0, cells_after = 0, compared = 0, divided = 0, pinched = 0;
+
+    void add(const SubdivideSums& other);
+};
+
+/// Makes all cells. Throws Cancelled.
+[[nodiscard]] SubdivideSums subdivide_cells(const SubdivideJob& job, const ProgressCheck& progress);
+
+} // namespace lodex
