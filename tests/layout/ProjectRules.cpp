@@ -92,6 +92,9 @@ std::vector<Rule> make_rules()
          {}},
         {"bench", {""}, without(every_library, {Qt, Vtk, Test}), {}, widget_toolkit},
 
+        // What builds with the thread sanitizer use in place of a library
+        {"cmake", {}, {Standard}, {}, widget_toolkit},
+
         // Tests see everything; those of the part without Qt must build without it
         {"tests", {""}, without(every_library, widget_toolkit), {}, widget_toolkit},
         {"tests/support", {"host"}, {Standard, Qt, Test}, {}, {}},

@@ -17,11 +17,11 @@ namespace Kelvane {
 /// counts as on it, so that rounding neither opens gaps between neighbours nor lets both have a point. A cell has no
 /// points where its top and base meet. Cells with corners that are not finite are left out.
 ///
-/// The columns' bounding boxes stand in a pyramid of 2 x 2 boxes over (I, J), some 30 bytes a column; within a column the
-/// cell is found by bisection of the depths at the point's areal place. Where pillars are parallel that place is the
-/// same for all cells of the column; else it is found together with the cell, and a bound on how far pillars lead it
-/// astray tells which columns need a closer look. Columns whose depths do not grow steadily are searched as far as their
-/// largest step back asks for. Time to build is linear in the cells, memory in the columns.
+/// The columns' bounding boxes stand in a pyramid of 2 x 2 boxes over (I, J), some 35 bytes a column; within a column
+/// the cell is found by bisection of the depths at the point's areal place. Where pillars are parallel that place is
+/// the same for all cells of the column; else it is found together with the cell, and a bound on how far pillars lead
+/// it astray tells which columns need a closer look. Columns whose depths do not grow steadily are searched as far as
+/// their largest step back asks for. Time to build is linear in the cells, memory in the columns.
 ///
 /// The arrays of the grid outlive it and stay as they are. All functions are safe from several threads at once.
 class CellLocator {
@@ -70,8 +70,8 @@ private:
         /// How far the place of a point of a cell may lie from where the section at the point's depth has it; 0: the
         /// section tells it to rounding.
         float margin = 0;
-        float slack = 0; ///< largest step back of the depths, downwards along K or, negative, upwards
-        bool upwards = false;
+        float slack = 0;      ///< largest step back of the depths along K, at any of the pillars
+        bool upwards = false; ///< depths shrink along K; the slack is that of the other direction then
     };
     struct Candidate;
 

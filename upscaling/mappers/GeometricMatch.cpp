@@ -41,9 +41,10 @@ void GeometricMatch::find_samples(std::int64_t coarse_cell, const std::array<int
     const GridColumn column = coarse_columns().column(coarse_cell % coarse_columns().count());
     CellLocator::Cursor cursor(fine_locator());
     std::array<double, 3> local;
-    for (std::size_t s = 0; s < fine_cells.size(); ++s)
-        fine_cells[s] = cursor.find(sample_centre(column, k, n, static_cast<std::int64_t>(s), local), range.first,
-                                    range.last);
+    for_samples(n, [&](std::int64_t s) {
+        fine_cells[static_cast<std::size_t>(s)] =
+            cursor.find(sample_centre(column, k, n, s, local), range.first, range.last);
+    });
 }
 
 } // namespace Kelvane

@@ -2,10 +2,6 @@
 
 #include <Lodex/utils/COSNameList.h>
 
-#include <algorithm>
-#include <limits>
-#include <utility>
-
 namespace Lodex {
 
 CString GridObjCellMapperFactoriesDomain()
@@ -15,19 +11,7 @@ CString GridObjCellMapperFactoriesDomain()
 
 void GridObjCellMapper::mapper_list_names(COSNameList& names, const CString& type)
 {
-    const FactoryLib& library = *FactoryLib::instance();
-    const CString domain = GridObjCellMapperFactoriesDomain();
-    library.list(domain, type, names);
-    // Which source file of the library registers first is the linker's business; mappers of others come last.
-    std::vector<std::pair<int, CString>> places;
-    for (const CString& path : names) {
-        const auto* factory = dynamic_cast<const Kelvane::MapperFactory*>(library.find(domain, path));
-        places.emplace_back(factory ? factory->info().place : std::numeric_limits<int>::max(), path);
-    }
-    std::ranges::stable_sort(places, {}, &std::pair<int, CString>::first);
-    names.clear();
-    for (auto& [place, path] : places)
-        names.append(std::move(path));
+    FactoryLib::instance()->list(GridObjCellMapperFactoriesDomain(), type, names);
 }
 
 } // namespace Lodex

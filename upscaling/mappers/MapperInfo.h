@@ -31,6 +31,7 @@ class MapperFactory : public Lodex::CellMapperFactory {
 public:
     [[nodiscard]] virtual const MapperInfo& info() const = 0;
     [[nodiscard]] Lodex::CString path() const override { return info().path(); }
+    [[nodiscard]] int rank() const override { return info().place; }
 };
 
 /// Registers a mapper when the library is loaded: a mapper is one pair of files with

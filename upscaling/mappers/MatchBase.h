@@ -44,7 +44,7 @@ protected:
     /// fine cells finds a coarse cell, ending in `reason`; Cancelled.
     template <class MakeFind>
     void find_owners(const MakeFind& make_find, const std::string& reason, const Lodex::ProgressCheck& progress);
-    /// Boxes that fit both grids; an index without any has last = first - 1.
+    /// Boxes that fit both grids; an index without any fine index has an empty range, last = first - 1.
     void set_boxes(Lodex::IndexRelation boxes);
     /// Warnings with counts, then fault management. Throws Cancelled.
     void finish(bool fault_management, const Lodex::ProgressCheck& progress);
@@ -61,6 +61,14 @@ protected:
     [[nodiscard]] Point3 sample_centre(const GridColumn& column, std::int64_t k, const std::array<int, 3>& n,
                                        std::int64_t sample, std::array<double, 3>& local) const;
     [[nodiscard]] const GridColumns& coarse_columns() const { return coarse_columns_; }
+    /// Calls visit(sample) for all samples, those of one column after each other: searches then stay where they are.
+    template <class Visit> static void for_samples(const std::array<int, 3>& n, const Visit& visit)
+    {
+        const std::int64_t columns = std::int64_t{n[0]} * n[1];
+        for (std::int64_t column = 0; column < columns; ++column)
+            for (std::int64_t k = 0; k < n[2]; ++k)
+                visit(column + columns * k);
+    }
 
 private:
     void make_rows(std::vector<std::int64_t> owners, const std::string& reason, const Lodex::ProgressCheck& progress);

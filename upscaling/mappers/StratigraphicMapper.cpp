@@ -130,11 +130,12 @@ private:
         ColumnSearch search(fine_locator());
         UnitThickness own(coarse_columns());
         std::array<double, 3> local;
-        for (std::size_t s = 0; s < fine_cells.size(); ++s) {
-            const Point3 centre = sample_centre(column, k, n, static_cast<std::int64_t>(s), local);
+        for_samples(n, [&](std::int64_t s) {
+            const Point3 centre = sample_centre(column, k, n, s, local);
             own.go_to(column, local[0], local[1], unit->coarse);
-            fine_cells[s] = search.find(centre, unit->fine, own.relative_depth(k, local[2]));
-        }
+            fine_cells[static_cast<std::size_t>(s)] =
+                search.find(centre, unit->fine, own.relative_depth(k, local[2]));
+        });
     }
 
     UnitMatch units_;

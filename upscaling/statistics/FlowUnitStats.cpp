@@ -214,6 +214,7 @@ bool FlowUnitStats::execute(const Lodex::SGrid* grid, const Lodex::List<int>& fl
                             const Lodex::CString& averaging_method, const Lodex::CString& region, bool volume_weighted,
                             double power, int denominator)
 try {
+    cancelled_ = false;
     if (!grid)
         return false;
     const std::vector<Unit> units = runs_of(flow_units, grid->cube()->nw() - 1);
@@ -253,6 +254,7 @@ try {
     publish(units, means);
     return true;
 } catch (const Cancelled&) {
+    cancelled_ = true;
     return false;
 } catch (const std::invalid_argument& error) {
     Lodex::Logger::error(Lodex::Format("Flow unit statistics: %1\n").arg(error.what()));

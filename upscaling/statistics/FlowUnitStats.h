@@ -26,6 +26,7 @@ public:
     bool execute(const Lodex::SGrid* grid, const Lodex::List<int>& flow_units, int property,
                  const Lodex::CString& averaging_method, const Lodex::CString& region, bool volume_weighted, double power,
                  int denominator) override;
+    [[nodiscard]] bool cancelled() const override { return cancelled_; }
 
     [[nodiscard]] const std::vector<float>& getUnitAvrgList() const override { return layer_means_; }
     [[nodiscard]] const std::vector<float>& getFlowAvrgList() const override { return unit_means_; }
@@ -69,6 +70,7 @@ private:
 
     std::optional<Settings> settings_; ///< of the layers; nothing before the first run
     bool outdated_ = false;            ///< the grid changed or went
+    bool cancelled_ = false;
     Layers layers_;
     UnitMeans unit_cache_;
 

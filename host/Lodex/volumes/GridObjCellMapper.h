@@ -26,7 +26,7 @@ struct CellMapping {
     /// Rows: fine cell indices, 0-based, ascending within a coarse cell; only cells that take part (active, chosen).
     std::vector<std::int64_t> cells;
     /// Boxes: coarse cell (i, j, k) has the fine cells with boxes[0][i] x boxes[1][j] x boxes[2][k] whose flag is set.
-    /// All empty in the form of rows.
+    /// All empty in the form of rows. A range may be empty (last = first - 1), and a fine cell may stand in two boxes.
     IndexRelation boxes;
     /// Boxes: one flag per fine cell, 1 for a cell that takes part. Valid as long as the grids are not changed.
     std::span<const std::uint8_t> fine_flags;

@@ -14,16 +14,19 @@ using Vector3 = std::array<double, 3>;
 using Corners = std::array<Vector3, 8>;
 
 /// What holds on the boundary of a block.
-/// Confined: unit drop along one axis, the other four faces sealed. Makes II, JJ, KK.
-/// KConfined: pressure linear along the four lateral faces, top and bottom (K) sealed. Makes II, JJ, IJ; KK as Confined.
-/// Unconfined: pressure linear on the whole boundary. Makes all six components.
+///
+/// - Confined: unit drop along one axis, the other four faces sealed. Makes II, JJ, KK.
+/// - KConfined: pressure linear along the four lateral faces, top and bottom (K) sealed. Makes II, JJ, IJ; KK as in
+///   Confined.
+/// - Unconfined: pressure linear on the whole boundary. Makes all six components.
 enum class Boundary { Confined, KConfined, Unconfined };
 
 /// TwoPoint: two-point finite differences, cell pressures. Mixed: lowest-order mixed hybrid finite elements (a lower
 /// bound on boxes). Conforming: trilinear finite elements on the brick of the mean sizes (an upper bound).
 enum class Discretisation { TwoPoint, Mixed, Conforming };
 
-/// Fast: down to BlockOptions::tolerance. Exact: direct factorisation whatever the size.
+/// Fast: down to BlockOptions::tolerance, small blocks by factorisation. Exact: factorisation up to what fits into about
+/// 1 GiB (true geometry: 30000 unknowns); beyond, iterations down to 1e-12 and BlockResult::backup.
 enum class Solver { Fast, Exact };
 
 /// One coarse cell, sampled. Owns nothing.
@@ -35,8 +38,8 @@ struct Block {
     /// The cell's corners in its own frame (see block_frame()), any origin; null: the cell is its brick. Conforming
     /// always takes the brick.
     const Corners* corners = nullptr;
-    /// Permeability of the samples along the three axes of the frame, n[0]*n[1]*n[2] numbers each, I fastest, K slowest.
-    /// Zero is sealed; so is what is negative or not finite. Any unit, which is that of the tensor.
+    /// Permeability of the samples along the three axes of the frame, n[0]*n[1]*n[2] numbers each, I fastest, K
+    /// slowest. Zero is sealed; so is what is negative or not finite. Any unit, which is that of the tensor.
     std::span<const double> ki, kj, kk;
 
     [[nodiscard]] std::size_t samples() const

@@ -203,7 +203,8 @@ void check(const Block& block)
 /// Blocks that are solved together.
 using Chunk = std::vector<std::size_t>;
 
-/// Blocks of one shape by eights, those on true geometry by fours, for they bring permeability 1 along; large ones alone.
+/// Blocks of one shape by eights, those on true geometry by fours, for they bring permeability 1 along; large ones
+/// alone.
 std::vector<Chunk> make_chunks(std::span<const Block> blocks, const BlockOptions& options)
 {
     using Key = std::tuple<std::array<int, 3>, bool>;

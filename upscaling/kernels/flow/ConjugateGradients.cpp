@@ -10,6 +10,8 @@
 namespace Kelvane::flow {
 namespace {
 
+constexpr double rounding = 1e-16; // a residual by that of pressure 0 beyond which steps mean nothing
+
 double length(std::span<const double> v)
 {
     return std::sqrt(dot(v, v));
@@ -32,58 +34,62 @@ Convergence conjugate_gradients(const FlowSystem& system, KCycle& cycle, std::si
     system.residual(axis, q, r);
     const double whole = length(r);
     Convergence state;
+    const auto measure = [&] {
+        system.residual(axis, w, r);
+        state.energy = system.energy(axis, w, axis, w);
+        const double left = length(r);
+        state.residual = whole > 0 ? left / whole : 0.0;
+        return left;
+    };
     system.residual(axis, w, r);
-    double energy = system.energy(axis, w, axis, w);
-    double done = 0;
     const double start = length(r);
-    double left = start;
-    state.residual = whole > 0 ? left / whole : 0.0;
-    if (!(whole > 0) || left == 0) {
+    if (!(whole > 0) || start == 0) {
+        measure();
         state.reached = true;
         return state;
     }
-    double checked = left; // residual when last worked out from the solution
-    bool again = true; // the search directions start anew
-    double carried = 0;
-    std::array<double, 4> drops{};
-    std::size_t steps = 0; // since the start anew
+    double left = start;
+    double checked = start;         // residual when last worked out from the solution
+    double done = 0;
+    double carried = 0;             // 1 / curvature of the last direction, 0 to start anew
+    double energy = -1;             // carried along once it is known
+    std::array<double, 4> drops{};  // of the energy in the last steps
+    std::size_t steps = 0;          // since the start anew
     while (state.iterations < most_iterations) {
         ask(progress, done);
-        cycle.apply(r, z);
-        const double fresh = dot(r, z);
+        cycle.apply(r, z, left);
+        ask(progress, done);
+        // With r - r_before = -step q and step = fresh / curvature, beta = z.(r - r_before) / fresh = -z.q / curvature.
+        const auto [fresh, turned] = carried == 0 ? std::array<double, 2>{dot(r, z), 0.0} : two_dots(z, r, q);
         if (!(fresh > 0) || !std::isfinite(fresh))
             break;
-        ask(progress, done);
-        if (again) {
+        if (carried == 0)
             std::copy(z.begin(), z.end(), p.begin());
-        } else {
-            // q is still the matrix times the last direction, so z.(r - r_before) is minus its step times z.q.
-            scale_and_add(p, -carried * dot(z, q), z);
-        }
+        else
+            scale_and_add(p, -carried * turned, z);
         system.multiply(p, q);
         const double curvature = dot(p, q);
         if (!(curvature > 0) || !std::isfinite(curvature))
             break;
         const double step = fresh / curvature;
-        // beta = z.(r - r_before) / fresh with r - r_before = -step q: the step by fresh is 1 / curvature.
         carried = 1 / curvature;
-        add_scaled(w, step, p);
-        add_scaled(r, -step, q);
-        again = false;
+        left = std::sqrt(advance(w, r, step, p, q));
         ++state.iterations;
         drops[steps++ % drops.size()] = step * fresh;
         energy -= step * fresh;
-        left = length(r);
-        done = std::clamp(std::log(left / start) / std::log(tolerance * whole / start), done, 1.0);
+        if (left > 0)
+            done = std::clamp(std::log(left / start) / std::log(tolerance * whole / start), done, 1.0);
+        const bool small = left <= tolerance * whole;
+        const bool vanished = left <= rounding * whole;
+        if (!small || (steps < drops.size() && !vanished))
+            continue;
         const double lately = drops[0] + drops[1] + drops[2] + drops[3];
-        if (left > tolerance * whole || (steps < drops.size() && left > 0) ||
-            lately > tolerance * std::max(energy, 0.0))
-            if (left > 1e-16 * whole)
-                continue;
-        system.residual(axis, w, r);
-        energy = system.energy(axis, w, axis, w);
-        left = length(r);
-        state.residual = left / whole;
+        if (energy < 0)
+            energy = system.energy(axis, w, axis, w);
+        if (lately > tolerance * energy && !vanished)
+            continue;
+        left = measure();
+        energy = state.energy;
         if (left <= tolerance * whole && lately <= tolerance * energy) {
             state.reached = true;
             return state;
@@ -91,12 +97,11 @@ Convergence conjugate_gradients(const FlowSystem& system, KCycle& cycle, std::si
         if (left > checked / 2)
             break;
         checked = left;
-        again = true;
+        carried = 0;
         steps = 0;
         drops = {};
     }
-    system.residual(axis, w, r);
-    state.residual = length(r) / whole;
+    measure();
     state.reached = state.residual <= tolerance;
     return state;
 }

@@ -7,8 +7,8 @@
 
 namespace Kelvane::flow {
 
-/// Rows of a lower triangle, each stored from its first entry to the diagonal. First columns never decrease, so the rows
-/// that reach a column follow each other.
+/// Rows of a lower triangle, each stored from its first entry to the diagonal. First columns never decrease, so the
+/// rows that reach a column follow each other.
 struct Envelope {
     int rows = 0;
     std::vector<int> first;            ///< first column of each row
@@ -37,9 +37,9 @@ void solve_cholesky(const Envelope& envelope, const Lanes* matrix, const Lanes* 
 /// Eliminates eight networks of conductances at once, node after node by the star-mesh transformation. Strict rows hold
 /// the conductances between nodes, the first `terminals` border rows those to terminals; what stands on the diagonal is
 /// not read. All of them are non-negative and nothing is ever subtracted, so every result has nearly full relative
-/// accuracy whatever the contrast, and nodes without any connection drop out by themselves. The border rows after the terminals
-/// are right-hand sides of any sign. Afterwards the strict rows are those of L with L L^T = the network's matrix, the diagonal holds
-/// the inverses of L's, terminals and right-hand sides are L^-1 of themselves.
+/// accuracy whatever the contrast, and nodes without any connection drop out by themselves. The border rows after the
+/// terminals are right-hand sides of any sign. Afterwards the strict rows are those of L with L L^T = the network's
+/// matrix, the diagonal holds the inverses of L's, terminals and right-hand sides are L^-1 of themselves.
 void factor_network(const Envelope& envelope, Lanes* matrix, Lanes* border, int terminals, int right_sides);
 
 /// x = L^-T y for one border row y that factor_network() left.

@@ -18,6 +18,21 @@ std::array<double, 3> brick_shape(const Instance& instance)
     return {h[1] * h[2] / h[0], h[2] * h[0] / h[1], h[0] * h[1] / h[2]};
 }
 
+void clear_rounding(Energies& energies)
+{
+    // Permeabilities are at most 1: pressures of rounding's size make energies of its square.
+    constexpr double square_of_rounding = 1e-27;
+    for (int axis = 0; axis < 3; ++axis) {
+        if (energies[axis] > square_of_rounding)
+            continue;
+        energies[axis] = 0;
+        for (int other = 0; other < 3; ++other) {
+            if (other != axis)
+                energies[axis + other + 2] = 0;
+        }
+    }
+}
+
 double Instance::given(const BlockPlan& plan, int right, int number) const
 {
     if (geometry == nullptr || right_sides(plan.flow) == 1)
@@ -35,6 +50,7 @@ LaneSolver::LaneSolver(const std::array<int, 3>& n, Discretisation discretisatio
     const bool two_point = discretisation == Discretisation::TwoPoint;
     local_.resize(samples * (two_point ? 6 : pair_count(plan_.local)));
     given_.resize(rights * plan_.givens);
+    axes_.resize(discretisation == Discretisation::Conforming ? samples * 3 : 0);
     links_.resize(plan_.links.size());
     matrix_.resize(entries_.envelope.entries);
     border_.resize((rights + 2) * plan_.unknowns);
@@ -89,15 +105,13 @@ void LaneSolver::solve(std::span<const Instance> instances, std::span<Answer> an
         solve_two_point(energies);
     } else {
         load_local_matrices(lanes);
-        for (std::size_t lane = 0; lane < instances.size(); ++lane) {
-            if (instances[lane].has_zero)
-                cut_floating(static_cast<int>(lane));
-        }
-        solve_local(energies, lost);
+        solve_local(lanes, energies, lost);
     }
     for (std::size_t lane = 0; lane < instances.size(); ++lane) {
         for (int e = 0; e < 6; ++e)
             answers[lane].energies[e] = energies[e].at[lane];
+        if (lanes[lane].has_zero)
+            clear_rounding(answers[lane].energies);
         answers[lane].lost = lost.at[lane] != 0;
     }
 }
@@ -233,6 +247,8 @@ void LaneSolver::load_local_matrices(std::span<const Instance> instances)
         for (int sample = 0; sample < plan_.samples; ++sample) {
             LaneVector* s = vectors(local_.data()) + static_cast<std::ptrdiff_t>(sample) * pairs;
             const LaneVector c[3] = {s[0], s[1], s[2]};
+            for (int axis = 0; axis < 3 && plan_.local == 8; ++axis)
+                vectors(axes_.data())[sample * 3 + axis] = c[axis];
             if (plan_.local == 6)
                 mixed_brick(c, plan_.dofs.data() + static_cast<std::ptrdiff_t>(sample) * 6, s);
             else
@@ -241,25 +257,33 @@ void LaneSolver::load_local_matrices(std::span<const Instance> instances)
     });
 }
 
-void LaneSolver::cut_floating(int lane)
+void LaneSolver::find_floating(int lane)
 {
-    const int pairs = pair_count(plan_.local);
-    FloatingParts parts(plan_.unknowns);
-    const auto for_samples = [&](const auto& work) {
-        for (int sample = 0; sample < plan_.samples; ++sample) {
-            Lanes* s = local_.data() + static_cast<std::ptrdiff_t>(sample) * pairs;
-            work(plan_.dofs.data() + static_cast<std::ptrdiff_t>(sample) * plan_.local, plan_.local,
-                 [s, lane](int r, int c) -> double& { return s[pair_count(r) + c].at[lane]; });
+    FloatingParts parts(plan_);
+    for (int sample = 0; sample < plan_.samples; ++sample) {
+        const int* dof = plan_.dofs.data() + static_cast<std::ptrdiff_t>(sample) * plan_.local;
+        if (plan_.local == 8) {
+            const Lanes* c = axes_.data() + static_cast<std::ptrdiff_t>(sample) * 3;
+            join_edges(parts, dof, [c, lane](int axis) { return c[axis].at[lane]; });
+        } else {
+            const Lanes* s = local_.data() + static_cast<std::ptrdiff_t>(sample) * pair_count(plan_.local);
+            parts.join(dof, plan_.local, [s, lane](int r, int c) { return s[pair_count(r) + c].at[lane]; });
         }
-    };
-    for_samples([&](const int* dof, int local, const auto& entry) { parts.join(dof, local, entry); });
-    for_samples([&](const int* dof, int local, const auto& entry) { parts.cut(dof, local, entry); });
+    }
+    for (const int unknown : parts.representatives())
+        pins_.push_back({unknown, lane});
+    blocked_[lane] = parts.blocked();
 }
 
-void LaneSolver::solve_local(Lanes* energies, Lanes& lost)
+void LaneSolver::solve_local(std::span<const Instance> instances, Lanes* energies, Lanes& lost)
 {
     const int rights = right_sides(plan_.flow);
-    const int pairs = pair_count(plan_.local);
+    pins_.clear();
+    blocked_.fill(false);
+    for (int lane = 0; lane < lane_count; ++lane) {
+        if (instances[lane].has_zero)
+            find_floating(lane);
+    }
     std::ranges::fill(matrix_, Lanes{});
     std::ranges::fill(border_, Lanes{});
     run_lanes([&]() LANES_LAMBDA {
@@ -275,9 +299,25 @@ void LaneSolver::solve_local(Lanes* energies, Lanes& lost)
                     local[coupling.entry] * vectors(given_.data())[right * plan_.givens + coupling.given];
         }
     });
+    for (const auto& [unknown, lane] : pins_)
+        matrix_[entries_.envelope.at(unknown, unknown)].at[lane] += FloatingParts::pin;
     factor_cholesky(entries_.envelope, matrix_.data(), border_.data(), rights, lost);
     for (int right = 0; right < rights; ++right)
         solve_cholesky(entries_.envelope, matrix_.data(), right_side(border_, right), right_side(solution_, right));
+    if (plan_.local == 8)
+        add_conforming_energies(energies);
+    else
+        add_mixed_energies(energies);
+    for (int lane = 0; lane < lane_count; ++lane) {
+        for (int e = 0; e < 6 && blocked_[lane]; ++e)
+            energies[e].at[lane] = 0;
+    }
+}
+
+void LaneSolver::add_mixed_energies(Lanes* energies) const
+{
+    const int rights = right_sides(plan_.flow);
+    const int pairs = pair_count(plan_.local);
     run_lanes([&]() LANES_LAMBDA {
         const LaneVector* solution = vectors(solution_.data());
         const LaneVector* given = vectors(given_.data());
@@ -285,23 +325,26 @@ void LaneSolver::solve_local(Lanes* energies, Lanes& lost)
         for (int sample = 0; sample < plan_.samples; ++sample) {
             const int* dof = plan_.dofs.data() + static_cast<std::ptrdiff_t>(sample) * plan_.local;
             const LaneVector* s = vectors(local_.data()) + static_cast<std::ptrdiff_t>(sample) * pairs;
-            // Pressures less that of one degree of freedom, for the matrix is blind to constants and its entries may be
-            // far larger than what flows.
-            int reference = 0;
-            while (reference + 1 < plan_.local && dof[reference] == sealed_dof)
-                ++reference;
+            // Pressures less their mean, weighted by what flows, for the matrix is blind to constants and its entries
+            // may be far larger than what flows.
+            LaneVector weight = {};
+            for (int l = 0; l < plan_.local; ++l)
+                weight += s[l * (l + 1) / 2 + l];
+            weight = weight > 0.0 ? 1.0 / weight : weight;
             LaneVector x[3][8] = {};
             LaneVector flux[3][8] = {};
             for (int right = 0; right < rights; ++right) {
                 const LaneVector* free = solution + static_cast<std::ptrdiff_t>(right) * plan_.unknowns;
                 const LaneVector* fixed = given + static_cast<std::ptrdiff_t>(right) * plan_.givens;
                 LaneVector base = {};
-                if (dof[reference] != sealed_dof)
-                    base = dof[reference] >= 0 ? free[dof[reference]] : fixed[given_number(dof[reference])];
                 for (int l = 0; l < plan_.local; ++l) {
-                    if (dof[l] != sealed_dof)
-                        x[right][l] = (dof[l] >= 0 ? free[dof[l]] : fixed[given_number(dof[l])]) - base;
+                    if (dof[l] == sealed_dof)
+                        continue;
+                    x[right][l] = dof[l] >= 0 ? free[dof[l]] : fixed[given_number(dof[l])];
+                    base += s[l * (l + 1) / 2 + l] * weight * x[right][l];
                 }
+                for (int l = 0; l < plan_.local; ++l)
+                    x[right][l] -= base;
                 for (int r = 0; r < plan_.local; ++r) {
                     for (int c = 0; c < r; ++c) {
                         flux[right][r] += s[r * (r + 1) / 2 + c] * x[right][c];
@@ -316,6 +359,57 @@ void LaneSolver::solve_local(Lanes* energies, Lanes& lost)
                     if (right == 2) {
                         energy[4] += flux[2][l] * x[0][l];
                         energy[5] += flux[2][l] * x[1][l];
+                    }
+                }
+            }
+        }
+    });
+}
+
+void LaneSolver::add_conforming_energies(Lanes* energies) const
+{
+    // From the differences along the four edges of each axis, with the weights of two linear functions along the two
+    // other axes: no term but is a square of what flows.
+    constexpr double weights[4] = {1.0 / 9, 1.0 / 18, 1.0 / 18, 1.0 / 36};
+    const int rights = right_sides(plan_.flow);
+    run_lanes([&]() LANES_LAMBDA {
+        const LaneVector* solution = vectors(solution_.data());
+        const LaneVector* given = vectors(given_.data());
+        LaneVector* energy = vectors(energies);
+        for (int sample = 0; sample < plan_.samples; ++sample) {
+            const int* dof = plan_.dofs.data() + static_cast<std::ptrdiff_t>(sample) * 8;
+            LaneVector x[3][8] = {};
+            for (int right = 0; right < rights; ++right) {
+                const LaneVector* free = solution + static_cast<std::ptrdiff_t>(right) * plan_.unknowns;
+                const LaneVector* fixed = given + static_cast<std::ptrdiff_t>(right) * plan_.givens;
+                for (int l = 0; l < 8; ++l)
+                    x[right][l] = dof[l] >= 0 ? free[dof[l]] : fixed[given_number(dof[l])];
+            }
+            for (int axis = 0; axis < 3; ++axis) {
+                const LaneVector& c = vectors(axes_.data())[sample * 3 + axis];
+                const int across = 1 << ((axis + 1) % 3);
+                const int up = 1 << ((axis + 2) % 3);
+                LaneVector drop[3][4] = {};
+                LaneVector flux[3][4] = {};
+                for (int right = 0; right < rights; ++right) {
+                    for (int edge = 0; edge < 4; ++edge) {
+                        const int low = ((edge & 1) != 0 ? across : 0) + ((edge & 2) != 0 ? up : 0);
+                        drop[right][edge] = x[right][low + (1 << axis)] - x[right][low];
+                    }
+                    for (int edge = 0; edge < 4; ++edge) {
+                        for (int other = 0; other < 4; ++other)
+                            flux[right][edge] += weights[edge ^ other] * drop[right][other];
+                        flux[right][edge] *= c;
+                    }
+                }
+                for (int edge = 0; edge < 4; ++edge) {
+                    for (int right = 0; right < rights; ++right)
+                        energy[right] += flux[right][edge] * drop[right][edge];
+                    if (rights > 1)
+                        energy[3] += flux[1][edge] * drop[0][edge];
+                    if (rights > 2) {
+                        energy[4] += flux[2][edge] * drop[0][edge];
+                        energy[5] += flux[2][edge] * drop[1][edge];
                     }
                 }
             }

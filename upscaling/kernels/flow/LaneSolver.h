@@ -37,8 +37,11 @@ struct Instance {
 /// Dissipation of pairs of right-hand sides: 00, 11, 22, 01, 02, 12.
 using Energies = std::array<double, 6>;
 
-/// Eight blocks of one shape at a time, solved by direct elimination in vector lanes. A lane's result does not depend on
-/// its neighbours. Keeps its workspace; one thread at a time.
+/// Sets to 0 what only rounding has made, in a block with sealed samples whose permeabilities are scaled to at most 1.
+void clear_rounding(Energies& energies);
+
+/// Eight blocks of one shape at a time, solved by direct elimination in vector lanes. A lane's result does not depend
+/// on its neighbours. Keeps its workspace; one thread at a time.
 class LaneSolver {
 public:
     LaneSolver(const std::array<int, 3>& n, Discretisation discretisation, FlowCase flow);
@@ -57,18 +60,23 @@ private:
     void load_two_point(std::span<const Instance> instances);
     void load_local_matrices(std::span<const Instance> instances);
     void solve_two_point(Lanes* energies);
-    void solve_local(Lanes* energies, Lanes& lost);
-    void cut_floating(int lane);
+    void solve_local(std::span<const Instance> instances, Lanes* energies, Lanes& lost);
+    void add_mixed_energies(Lanes* energies) const;
+    void add_conforming_energies(Lanes* energies) const;
+    void find_floating(int lane);
     [[nodiscard]] Lanes* right_side(std::vector<Lanes>& vector, int right);
 
     BlockPlan plan_;
     EnvelopePlan entries_;
     std::vector<Lanes> local_;   ///< half conductances (6 a sample) or local matrices
+    std::vector<Lanes> axes_;    ///< Conforming: conductances of the samples along the axes (3 a sample)
     std::vector<Lanes> given_;   ///< right-hand side by right-hand side
     std::vector<Lanes> links_;   ///< TwoPoint: conductances of the links
     std::vector<Lanes> matrix_;
     std::vector<Lanes> border_;
     std::vector<Lanes> solution_;
+    std::vector<std::array<int, 2>> pins_; ///< unknown and lane of floating parts
+    std::array<bool, lane_count> blocked_{};
 };
 
 } // namespace Kelvane::flow

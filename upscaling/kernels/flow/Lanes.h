@@ -54,8 +54,8 @@ enum class Instructions { Base, Avx2, Avx512 };
 
 } // namespace detail
 
-/// Runs work(), compiled for the widest vectors that the processor has. `work` and all that it calls on LaneVectors must
-/// be LANES_INLINE (lambdas: LANES_LAMBDA), for vectors may not pass between differently compiled functions.
+/// Runs work(), compiled for the widest vectors that the processor has. `work` and all that it calls on LaneVectors
+/// must be LANES_INLINE (lambdas: LANES_LAMBDA), for vectors may not pass between differently compiled functions.
 template <class Work> void run_lanes(const Work& work)
 {
 #if defined(__x86_64__)

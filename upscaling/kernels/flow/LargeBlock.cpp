@@ -27,7 +27,8 @@ struct Group {
 std::vector<Group> groups_of(Boundary boundary)
 {
     switch (boundary) {
-    case Boundary::Confined: return {{{true, false, false}, {0}}, {{false, true, false}, {1}}, {{false, false, true}, {2}}};
+    case Boundary::Confined:
+        return {{{true, false, false}, {0}}, {{false, true, false}, {1}}, {{false, false, true}, {2}}};
     case Boundary::KConfined: return {{{true, true, false}, {0, 1}}, {{false, false, true}, {2}}};
     case Boundary::Unconfined: break;
     }
@@ -50,15 +51,18 @@ std::size_t component(std::size_t a, std::size_t b)
     return a == b ? a : a + b + 2;
 }
 
-// Pressure on the planes between the layers across an axis as if each layer had one pressure: a start that puts barriers
-// where they are. Empty when a layer lets nothing through.
+// Pressure on the planes between the layers across an axis as if each plane had one pressure: a start that puts
+// barriers where they are. Empty when a layer lets nothing through.
 std::vector<double> layered_profile(const Samples& samples, std::size_t axis)
 {
     const auto layers = static_cast<std::size_t>(samples.n()[axis]);
     std::vector<double> conductance(layers, 0.0);
-    const std::size_t stride = samples.strides()[axis];
-    for (std::size_t c = 0; c < samples.size(); ++c)
-        conductance[c / stride % layers] += samples.conductance(axis, c);
+    std::size_t c = 0;
+    for (int k = 0; k < samples.n()[2]; ++k)
+        for (int j = 0; j < samples.n()[1]; ++j)
+            for (int i = 0; i < samples.n()[0]; ++i)
+                conductance[static_cast<std::size_t>(std::array<int, 3>{i, j, k}[axis])] +=
+                    samples.conductance(axis, c++);
     std::vector<double> pressure(layers + 1, 0.0);
     for (std::size_t layer = layers; layer-- > 0;)
         pressure[layer] = pressure[layer + 1] + 1 / conductance[layer];
@@ -109,7 +113,7 @@ void solve_group(const Block& block, const Group& group, Work& work)
         work.result.backup = work.result.backup || !direct;
     }
     const double axis_share = direct ? share * (1 - factorising) : share;
-    const std::unique_ptr<KCycle> cycle = direct ? nullptr : std::make_unique<KCycle>(system->network().view());
+    const std::unique_ptr<KCycle> cycle = direct ? nullptr : std::make_unique<KCycle>(system->preconditioner());
     for (const std::size_t axis : group.axes) {
         std::vector<double> w(system->size(), 0.0);
         const Lodex::ProgressCheck inner = [&](double done) {
@@ -129,7 +133,8 @@ void solve_group(const Block& block, const Group& group, Work& work)
         solutions.push_back(std::move(w));
         for (std::size_t other = 0; other < solutions.size(); ++other) {
             const std::size_t b = group.axes[other];
-            const double energy = system->energy(axis, solutions.back(), b, solutions[other]);
+            const double energy =
+                b == axis ? convergence.energy : system->energy(axis, solutions.back(), b, solutions[other]);
             work.result.tensor[component(std::min(axis, b), std::max(axis, b))] =
                 energy * samples.edge(axis) * samples.edge(b) * samples.unit();
         }

@@ -10,15 +10,14 @@ namespace Kelvane::flow {
 
 /// Effective permeability of a block of many samples (hundreds to millions), taken as its brick: `corners` is not read.
 ///
-/// Fast: conjugate gradients preconditioned by one multilevel cycle over a seven-point network (see KCycle). TwoPoint is
-/// that network itself, Mixed reduced to the samples lies within 1 to 3 times it and Conforming within 1/9 to 1 times
-/// the one between the corners, so the number of iterations does not grow with the number of samples. Two-point about
-/// 140 bytes a sample, Mixed 190, Conforming 170.
+/// Fast: conjugate gradients preconditioned by one multilevel cycle over a seven-point network (see KCycle). TwoPoint
+/// is that network itself, Mixed reduced to the samples lies within 1 to 3 times it and Conforming within 1/9 to 1
+/// times the one between the corners, so the number of iterations does not grow with the number of samples. Some 150
+/// bytes a sample.
 ///
-/// Exact: factorisation in nested dissection order with iterative refinement. Its memory grows with samples^(4/3) and its
-/// work with samples^2: up to 1 GiB of factors and 4e11 operations, which is about 60^3 samples with TwoPoint, 30^3
-/// with Mixed and 35^3 with Conforming. Beyond that conjugate gradients go down to a residual of 1e-12 and the
-/// result says `backup`.
+/// Exact: factorisation in nested dissection order with iterative refinement. Its memory grows with samples^(4/3) and
+/// its work with samples^2: up to 1 GiB and 4e11 operations, which is about 50^3 samples. Beyond that conjugate
+/// gradients go down to a residual of 1e-12 and the result says `backup`.
 ///
 /// Components are energy products of the pressures, so the tensor is symmetric by itself and its error is of second
 /// order in that of the pressure; for the exact solution they are the volume averages of the flux. Samples with a

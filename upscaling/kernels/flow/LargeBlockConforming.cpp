@@ -128,7 +128,7 @@ public:
         });
     }
 
-    [[nodiscard]] Network network() const override
+    [[nodiscard]] KCycle preconditioner() const override
     {
         Network network;
         network.n = n_;
@@ -156,7 +156,7 @@ public:
                     }
                 }
         });
-        return network;
+        return KCycle(network.view());
     }
 
 private:

@@ -43,8 +43,9 @@ template <class Visit> void for_each_place(const std::array<int, 3>& n, const Vi
 // The unknowns are those of the vectors.
 class PlainDirect : public DirectSolver {
 public:
-    PlainDirect(Numbering numbering, int parity, const std::vector<MatrixEntry>& entries)
-        : vector_of_(std::move(numbering.vector_of)), cholesky(std::move(numbering.places), parity, entries)
+    PlainDirect(Numbering numbering, int parity, const std::vector<MatrixEntry>& entries,
+                const Lodex::ProgressCheck& progress)
+        : vector_of_(std::move(numbering.vector_of)), cholesky(std::move(numbering.places), parity, entries, progress)
     {
     }
     void solve(std::span<const double> b, std::span<double> x) const override
@@ -65,7 +66,7 @@ public:
     FrontalCholesky cholesky;
 };
 
-std::unique_ptr<PlainDirect> two_point(const Samples& samples)
+std::unique_ptr<PlainDirect> two_point(const Samples& samples, const Lodex::ProgressCheck& progress)
 {
     const Network network = sample_network(samples);
     const auto stride = samples.strides();
@@ -92,7 +93,7 @@ std::unique_ptr<PlainDirect> two_point(const Samples& samples)
             if (network.conductance[axis][c] > 0)
                 entries.push_back({own, numbering.unknown_of[c + stride[axis]], -network.conductance[axis][c]});
     }
-    return std::make_unique<PlainDirect>(std::move(numbering), 1, entries);
+    return std::make_unique<PlainDirect>(std::move(numbering), 1, entries, progress);
 }
 
 bool on_open_face(const Samples& samples, const Place& node)
@@ -103,14 +104,15 @@ bool on_open_face(const Samples& samples, const Place& node)
     return false;
 }
 
-std::unique_ptr<PlainDirect> conforming(const Samples& samples)
+std::unique_ptr<PlainDirect> conforming(const Samples& samples, const Lodex::ProgressCheck& progress)
 {
     const auto& n = samples.n();
     const std::array<int, 3> nodes{n[0] + 1, n[1] + 1, n[2] + 1};
     const auto node = [&](const Place& at) {
         return static_cast<std::size_t>(at[0]) +
                static_cast<std::size_t>(nodes[0]) *
-                   (static_cast<std::size_t>(at[1]) + static_cast<std::size_t>(nodes[1]) * static_cast<std::size_t>(at[2]));
+                   (static_cast<std::size_t>(at[1]) +
+                    static_cast<std::size_t>(nodes[1]) * static_cast<std::size_t>(at[2]));
     };
     std::vector<std::uint8_t> used(node({0, 0, nodes[2]}), 0);
     const auto corner = [](Place cell, unsigned which) {
@@ -149,15 +151,17 @@ std::unique_ptr<PlainDirect> conforming(const Samples& samples)
                     entries.push_back({row, column, value});
             }
     });
-    return std::make_unique<PlainDirect>(std::move(numbering), 0, entries);
+    return std::make_unique<PlainDirect>(std::move(numbering), 0, entries, progress);
 }
 
-// Hybrid form: unknowns are the pressures on the faces. A sample with conductance c_a along each axis has the outward flows
-// c_a [4 2; 2 4] (p - faces), and p follows from their sum being the source.
+// Hybrid form: unknowns are the pressures on the faces. A sample with conductance c_a along each axis has the outward
+// flows c_a [4 2; 2 4] (p - faces), and p follows from their sum being the source.
 class HybridDirect : public DirectSolver {
 public:
-    explicit HybridDirect(const Samples& samples) : samples_(samples), numbering_(number(samples)),
-        cholesky(numbering_.places, 0, assemble()) {}
+    HybridDirect(const Samples& samples, const Lodex::ProgressCheck& progress)
+        : samples_(samples), numbering_(number(samples)), cholesky(numbering_.places, 0, assemble(), progress)
+    {
+    }
 
     void solve(std::span<const double> b, std::span<double> x) const override
     {
@@ -285,11 +289,11 @@ std::unique_ptr<DirectSolver> DirectSolver::make(const Samples& samples, Discret
     if (unknowns > most_unknowns)
         return nullptr;
     switch (discretisation) {
-    case Discretisation::Mixed: return factorised(std::make_unique<HybridDirect>(samples), progress);
-    case Discretisation::Conforming: return factorised(conforming(samples), progress);
+    case Discretisation::Mixed: return factorised(std::make_unique<HybridDirect>(samples, progress), progress);
+    case Discretisation::Conforming: return factorised(conforming(samples, progress), progress);
     case Discretisation::TwoPoint: break;
     }
-    return factorised(two_point(samples), progress);
+    return factorised(two_point(samples, progress), progress);
 }
 
 Convergence refine(const FlowSystem& system, const DirectSolver& direct, std::size_t axis, std::span<double> w,
@@ -306,6 +310,7 @@ Convergence refine(const FlowSystem& system, const DirectSolver& direct, std::si
     Convergence state;
     if (!(whole > 0)) {
         state.reached = true;
+        state.energy = system.energy(axis, w, axis, w);
         return state;
     }
     double best = std::numeric_limits<double>::infinity();
@@ -323,6 +328,7 @@ Convergence refine(const FlowSystem& system, const DirectSolver& direct, std::si
         add_scaled(w, 1, x);
     }
     state.reached = state.residual <= tolerance;
+    state.energy = system.energy(axis, w, axis, w);
     return state;
 }
 

@@ -14,7 +14,7 @@ namespace Kelvane::flow {
 /// brick. Mixed is factorised in its hybrid form (unknowns on the faces of the samples), whose matrix is sparse.
 class DirectSolver {
 public:
-    static constexpr double most_bytes = 1024.0 * 1024 * 1024; ///< of the factors
+    static constexpr double most_bytes = 1024.0 * 1024 * 1024; ///< held while factorising
     static constexpr double most_operations = 4e11;
 
     /// Null when the factorisation would go beyond the limits. Throws Lodex::Cancelled.

@@ -13,7 +13,15 @@ constexpr std::size_t leaf_size = 48;
 constexpr Eigen::Index panel = 96;
 constexpr double least_pivot = 1e-14; // of the diagonal before elimination
 
+constexpr std::size_t asking_size = 4096; // unknowns between two questions whether to go on
+
 using Dense = Eigen::Map<Eigen::MatrixXd>;
+
+void ask(const Lodex::ProgressCheck& progress, double done)
+{
+    if (progress && !progress(done))
+        throw Lodex::Cancelled{};
+}
 
 } // namespace
 
@@ -24,18 +32,18 @@ struct FrontalCholesky::Progressing {
     void add(double operations)
     {
         done += operations;
-        if (check && !check(std::min(1.0, done / whole)))
-            throw Lodex::Cancelled{};
+        ask(check, std::min(1.0, done / whole));
     }
 };
 
-FrontalCholesky::FrontalCholesky(std::vector<Place> places, int parity, const std::vector<MatrixEntry>& entries)
+FrontalCholesky::FrontalCholesky(std::vector<Place> places, int parity, const std::vector<MatrixEntry>& entries,
+                                 const Lodex::ProgressCheck& progress)
 {
     std::vector<std::uint32_t> all(places.size());
     for (std::size_t n = 0; n < all.size(); ++n)
         all[n] = static_cast<std::uint32_t>(n);
     order_.reserve(all.size());
-    dissect(std::move(all), places, parity);
+    dissect(std::move(all), places, parity, progress);
     std::vector<std::uint32_t> rank(places.size());
     for (std::size_t n = 0; n < order_.size(); ++n)
         rank[order_[n]] = static_cast<std::uint32_t>(n);
@@ -50,12 +58,15 @@ FrontalCholesky::FrontalCholesky(std::vector<Place> places, int parity, const st
         const auto [low, high] = std::minmax(rank[entry.row], rank[entry.column]);
         entries_[next[low]++] = {high, entry.value};
     }
-    find_boundaries();
+    find_boundaries(progress);
 }
 
 // Appends the unknowns to the order, those of a separating plane after the two sides; returns their front.
-std::uint32_t FrontalCholesky::dissect(std::vector<std::uint32_t> unknowns, const std::vector<Place>& places, int parity)
+std::uint32_t FrontalCholesky::dissect(std::vector<std::uint32_t> unknowns, const std::vector<Place>& places,
+                                       int parity, const Lodex::ProgressCheck& progress)
 {
+    if (unknowns.size() > asking_size)
+        ask(progress, 0);
     Front front;
     Place low{}, high{};
     if (!unknowns.empty())
@@ -80,7 +91,7 @@ std::uint32_t FrontalCholesky::dissect(std::vector<std::uint32_t> unknowns, cons
         unknowns.shrink_to_fit();
         for (auto* side : {&before, &behind})
             if (!side->empty())
-                front.children.push_back(dissect(std::move(*side), places, parity));
+                front.children.push_back(dissect(std::move(*side), places, parity, progress));
         unknowns = std::move(on);
     }
     front.first = static_cast<std::uint32_t>(order_.size());
@@ -90,9 +101,12 @@ std::uint32_t FrontalCholesky::dissect(std::vector<std::uint32_t> unknowns, cons
     return static_cast<std::uint32_t>(fronts_.size() - 1);
 }
 
-void FrontalCholesky::find_boundaries()
+void FrontalCholesky::find_boundaries(const Lodex::ProgressCheck& progress)
 {
+    std::size_t stack = 0; // updates waiting for their parents
     for (Front& front : fronts_) {
+        if (front.first / asking_size != (front.first + front.own) / asking_size)
+            ask(progress, 0);
         const std::uint32_t end = front.first + front.own;
         for (std::size_t n = starts_[front.first]; n < starts_[end]; ++n)
             if (entries_[n].first >= end)
@@ -102,21 +116,27 @@ void FrontalCholesky::find_boundaries()
                 if (later >= end)
                     front.boundary.push_back(later);
         std::ranges::sort(front.boundary);
-        front.boundary.erase(std::ranges::unique(front.boundary).begin(), front.boundary.end());
-        const auto own = static_cast<double>(front.own);
-        const double size = own + static_cast<double>(front.boundary.size());
-        bytes_ += size * own * sizeof(double);
-        operations_ += own * size * size;
+        front.boundary.erase(std::unique(front.boundary.begin(), front.boundary.end()), front.boundary.end());
+        const std::size_t left = front.boundary.size();
+        const std::size_t size = front.own + left;
+        front.factor = factor_numbers_;
+        factor_numbers_ += size * front.own;
+        front_numbers_ = std::max(front_numbers_, size * size);
+        for (const std::uint32_t child : front.children)
+            stack -= fronts_[child].boundary.size() * fronts_[child].boundary.size();
+        stack += left * left;
+        stack_numbers_ = std::max(stack_numbers_, stack);
+        operations_ += static_cast<double>(front.own) * static_cast<double>(size) * static_cast<double>(size);
     }
+    bytes_ = static_cast<double>(factor_numbers_ + front_numbers_ + stack_numbers_) * sizeof(double);
 }
 
 // Eliminates the first `own` columns of a dense symmetric matrix (lower half), panel by panel.
-void FrontalCholesky::eliminate(std::vector<double>& dense, std::size_t size, std::size_t own,
-                                Progressing& progressing) const
+void FrontalCholesky::eliminate(double* dense, std::size_t size, std::size_t own, Progressing& progressing)
 {
     const auto m = static_cast<Eigen::Index>(size);
     const auto s = static_cast<Eigen::Index>(own);
-    Dense f(dense.data(), m, m);
+    Dense f(dense, m, m);
     const Eigen::VectorXd diagonal = f.diagonal().head(s);
     for (Eigen::Index first = 0; first < s; first += panel) {
         const Eigen::Index width = std::min(panel, s - first);
@@ -148,37 +168,39 @@ void FrontalCholesky::eliminate(std::vector<double>& dense, std::size_t size, st
 void FrontalCholesky::factorise(const Lodex::ProgressCheck& progress)
 {
     Progressing progressing{progress, std::max(1.0, operations_)};
-    std::vector<std::vector<double>> updates(fronts_.size()); // what a front leaves to its parent
+    factors_.assign(factor_numbers_, 0.0);
+    std::vector<double> dense(front_numbers_);
+    std::vector<double> stack(stack_numbers_); // what fronts leave to their parents, the last one's on top
+    std::size_t top = 0;
     std::vector<std::uint32_t> local(order_.size());
-    for (std::size_t at = 0; at < fronts_.size(); ++at) {
-        Front& front = fronts_[at];
+    for (const Front& front : fronts_) {
         const std::size_t own = front.own;
         const std::size_t size = own + front.boundary.size();
         for (std::size_t n = 0; n < own; ++n)
             local[front.first + n] = static_cast<std::uint32_t>(n);
         for (std::size_t n = 0; n < front.boundary.size(); ++n)
             local[front.boundary[n]] = static_cast<std::uint32_t>(own + n);
-        std::vector<double> dense(size * size, 0.0);
+        std::fill_n(dense.begin(), size * size, 0.0);
         for (std::size_t n = 0; n < own; ++n)
             for (std::size_t e = starts_[front.first + n]; e < starts_[front.first + n + 1]; ++e)
                 dense[n * size + local[entries_[e].first]] += entries_[e].second;
+        for (const std::uint32_t child : front.children)
+            top -= fronts_[child].boundary.size() * fronts_[child].boundary.size();
+        const double* update = stack.data() + top;
         for (const std::uint32_t child : front.children) {
             const auto& boundary = fronts_[child].boundary;
-            std::vector<double>& update = updates[child];
             for (std::size_t c = 0; c < boundary.size(); ++c) {
                 double* column = dense.data() + local[boundary[c]] * size;
                 for (std::size_t r = c; r < boundary.size(); ++r)
                     column[local[boundary[r]]] += update[c * boundary.size() + r];
             }
-            update = {};
+            update += boundary.size() * boundary.size();
         }
-        eliminate(dense, size, own, progressing);
-        front.factor.assign(dense.begin(), dense.begin() + static_cast<std::ptrdiff_t>(own * size));
+        eliminate(dense.data(), size, own, progressing);
+        std::copy_n(dense.data(), own * size, factors_.data() + front.factor);
         const std::size_t left = size - own;
-        updates[at].resize(left * left);
-        for (std::size_t c = 0; c < left; ++c)
-            std::copy_n(dense.begin() + static_cast<std::ptrdiff_t>((own + c) * size + own), left,
-                        updates[at].begin() + static_cast<std::ptrdiff_t>(c * left));
+        for (std::size_t c = 0; c < left; ++c, top += left)
+            std::copy_n(dense.data() + (own + c) * size + own, left, stack.data() + top);
     }
 }
 
@@ -190,7 +212,7 @@ void FrontalCholesky::solve(std::span<double> x) const
     for (const Front& front : fronts_) {
         const std::size_t size = front.own + front.boundary.size();
         for (std::size_t c = 0; c < front.own; ++c) {
-            const double* column = front.factor.data() + c * size;
+            const double* column = factors_.data() + front.factor + c * size;
             const double value = v[front.first + c] /= column[c];
             for (std::size_t r = c + 1; r < front.own; ++r)
                 v[front.first + r] -= column[r] * value;
@@ -202,7 +224,7 @@ void FrontalCholesky::solve(std::span<double> x) const
         const Front& front = fronts_[at];
         const std::size_t size = front.own + front.boundary.size();
         for (std::size_t c = front.own; c-- > 0;) {
-            const double* column = front.factor.data() + c * size;
+            const double* column = factors_.data() + front.factor + c * size;
             double value = v[front.first + c];
             for (std::size_t r = c + 1; r < front.own; ++r)
                 value -= column[r] * v[front.first + r];

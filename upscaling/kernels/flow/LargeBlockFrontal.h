@@ -26,10 +26,11 @@ public:
     using Place = std::array<int, 3>;
 
     /// Unknowns at the places of `parity` (0 even, 1 odd) along an axis separate those on either side. Entries of the
-    /// same pair are summed.
-    FrontalCholesky(std::vector<Place> places, int parity, const std::vector<MatrixEntry>& entries);
+    /// same pair are summed. Orders the unknowns only; asks `progress` now and then, throws Lodex::Cancelled.
+    FrontalCholesky(std::vector<Place> places, int parity, const std::vector<MatrixEntry>& entries,
+                    const Lodex::ProgressCheck& progress);
 
-    [[nodiscard]] double bytes() const { return bytes_; }           ///< of the factors
+    [[nodiscard]] double bytes() const { return bytes_; }           ///< held while factorising
     [[nodiscard]] double operations() const { return operations_; } ///< of the factorisation
 
     /// Throws Lodex::Cancelled.
@@ -43,15 +44,18 @@ private:
         std::uint32_t first = 0, own = 0;    // its unknowns in elimination order
         std::vector<std::uint32_t> boundary; // later unknowns it is tied to, ascending
         std::vector<std::uint32_t> children;
-        std::vector<double> factor;          // (own + boundary) x own, by columns
+        std::size_t factor = 0;              // first of its (own + boundary) x own numbers in factors_, by columns
     };
     struct Progressing;
 
-    std::uint32_t dissect(std::vector<std::uint32_t> unknowns, const std::vector<Place>& places, int parity);
-    void find_boundaries();
-    void eliminate(std::vector<double>& dense, std::size_t size, std::size_t own, Progressing& progressing) const;
+    std::uint32_t dissect(std::vector<std::uint32_t> unknowns, const std::vector<Place>& places, int parity,
+                          const Lodex::ProgressCheck& progress);
+    void find_boundaries(const Lodex::ProgressCheck& progress);
+    static void eliminate(double* dense, std::size_t size, std::size_t own, Progressing& progressing);
 
     std::vector<Front> fronts_;          // children before parents
+    std::vector<double> factors_;
+    std::size_t factor_numbers_ = 0, front_numbers_ = 0, stack_numbers_ = 0; // of all factors, largest front, stack
     std::vector<std::uint32_t> order_;   // unknown at each place of the elimination order
     std::vector<std::size_t> starts_;    // entries of each unknown with itself and later ones, by elimination order
     std::vector<std::pair<std::uint32_t, double>> entries_;

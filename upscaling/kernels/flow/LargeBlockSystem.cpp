@@ -197,7 +197,7 @@ public:
         cell_profile(samples_, axis, at_faces, w);
     }
 
-    [[nodiscard]] Network network() const override { return network_; }
+    [[nodiscard]] KCycle preconditioner() const override { return KCycle(network_.view()); }
 
 private:
     // The faces above a sample, and those of the brick below it.

@@ -23,10 +23,10 @@ using OpenAxes = std::array<bool, 3>;
 /// The samples as the systems see them.
 class Samples {
 public:
-    /// Sizes of the block must be positive. Leaves out the samples that can carry no flow when these axes are open: those without conductivity, and those of
-    /// a connected part that does not reach the open faces (both faces when it is one pair). `through_nodes`: samples
-    /// that share a corner count as connected, as in finite elements; otherwise a common face with conductivity along
-    /// its normal on both sides is needed.
+    /// Sizes of the block must be positive. Leaves out the samples that can carry no flow when these axes are open:
+    /// those without conductivity, and those of a connected part that does not reach the open faces (both faces when it
+    /// is one pair). `through_nodes`: samples that share a corner count as connected, as in finite elements; otherwise
+    /// a common face with conductivity along its normal on both sides is needed.
     Samples(const Block& block, const OpenAxes& open, bool through_nodes);
 
     [[nodiscard]] const std::array<int, 3>& n() const { return n_; }
@@ -101,8 +101,8 @@ public:
     /// w of the pressure that depends on one axis alone. `at_faces` has the pressure on the n + 1 planes between the
     /// layers of samples; none: 0, that is w = -g.
     virtual void from_profile(std::size_t axis, std::span<const double> at_faces, std::span<double> w) const = 0;
-    /// Network that is spectrally close to A, of the same unknowns.
-    [[nodiscard]] virtual Network network() const = 0;
+    /// For a network of the same unknowns that is spectrally close to A.
+    [[nodiscard]] virtual KCycle preconditioner() const = 0;
 };
 
 [[nodiscard]] std::unique_ptr<FlowSystem> make_two_point_system(const Samples& samples);

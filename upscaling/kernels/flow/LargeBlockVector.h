@@ -4,6 +4,7 @@
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <span>
@@ -82,6 +83,14 @@ template <class Part> double sum_parts(int count, std::size_t cost, const Part& 
 
 /// Product of two vectors, pieces of a fixed length summed on their own.
 [[nodiscard]] double dot(std::span<const double> a, std::span<const double> b);
+
+/// Products of z with a and with b in one pass.
+[[nodiscard]] std::array<double, 2> two_dots(std::span<const double> z, std::span<const double> a,
+                                             std::span<const double> b);
+
+/// w += step * p and r -= step * q in one pass; returns the new r.r.
+double advance(std::span<double> w, std::span<double> r, double step, std::span<const double> p,
+               std::span<const double> q);
 
 /// y += factor * x
 void add_scaled(std::span<double> y, double factor, std::span<const double> x);

@@ -6,7 +6,8 @@
 namespace Kelvane::flow {
 
 /// Local matrices of brick samples, for one block (Number = double) or eight (LaneVector). `c` are permeability times
-/// volume over squared length along the three axes; `s` the lower triangle, pair r (r + 1) / 2 + c. Their rows sum to 0.
+/// volume over squared length along the three axes; `s` the lower triangle, pair r (r + 1) / 2 + c. Their rows sum to
+/// 0.
 
 /// Lowest-order mixed hybrid element with the mean pressure of the sample and the sealed faces eliminated
 /// (P.-A. Raviart, J.-M. Thomas, Lect. Notes Math. 606, 1977). The mass matrix of one axis is [2 -1; -1 2] / (6 c) in

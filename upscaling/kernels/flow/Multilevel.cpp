@@ -40,7 +40,7 @@ struct Shape {
 struct KCycle::Level {
     explicit Level(const std::array<int, 3>& size) : shape(size), zeros(shape.plane(), 0.0F)
     {
-        for (auto* values : {&t[0], &t[1], &t[2], &ground, &inverse_pivot, &x, &r, &spare, &more})
+        for (auto* values : {&t[0], &t[1], &t[2], &ground, &inverse_pivot, &x, &r, &more})
             values->assign(shape.size(), 0.0F);
     }
 
@@ -49,8 +49,8 @@ struct KCycle::Level {
     std::vector<std::uint32_t> coarse_place; // of each place of a row within the coarse row
     std::array<std::vector<float>, 3> t;
     std::vector<float> ground, inverse_pivot;
-    std::vector<float> x, r, spare, more;
-    std::vector<float> kept, product; // first step of a coarse level and the matrix times it
+    std::vector<float> x, r, more;
+    std::vector<float> kept, product, spare; // of a coarse level: its first step, the matrix times both steps
     std::vector<float> inverse; // dense, of the coarsest level, unknowns in natural order
     std::vector<float> zeros;
 
@@ -82,78 +82,25 @@ struct KCycle::Level {
 
     void factorise();
     void invert();
-    void smooth(const std::vector<float>& right, std::vector<float>& z) const;
+    /// z = approximate solution for r; for r - A x when x is given.
+    void smooth(std::vector<float>& z, const std::vector<float>* from_x) const;
     void solve_directly();
     [[nodiscard]] std::size_t bytes() const;
 };
 
-// Pivots of the incomplete factorisation. With E the part of a pivot that is not a conductance to a later unknown,
-//   pivot = E + sum of conductances to later unknowns,
-//   E = ground + sum over earlier unknowns e of t (pivot_e - t) / pivot_e,
-// and pivot_e - t is again a sum without subtraction.
 void KCycle::Level::factorise()
 {
-    std::vector<float>& rest = spare;
-    const auto stride = static_cast<std::ptrdiff_t>(shape.stride());
-    const auto plane_size = static_cast<std::ptrdiff_t>(shape.plane());
-    const auto half = static_cast<std::ptrdiff_t>(shape.half);
-    const auto eliminate = [&](int i, int j, int k) {
-        const auto c = static_cast<std::ptrdiff_t>(shape.row(j, k) + shape.place(i));
-        const bool even_i = i % 2 == 0;
-        const bool even_k = k % 2 == 0;
-        // Conductances to the six neighbours of an unknown: I-, I+, J-, J+, K-, K+.
-        const auto links = [&](std::ptrdiff_t at, int jj, int kk, bool even) {
-            std::array<double, 6> link{};
-            const auto a = static_cast<std::size_t>(at);
-            link[0] = static_cast<double>(t[0][static_cast<std::size_t>(even ? at + half : at - half - 1)]);
-            link[1] = static_cast<double>(t[0][a]);
-            link[2] = jj > 0 ? static_cast<double>(t[1][static_cast<std::size_t>(at - stride)]) : 0.0;
-            link[3] = static_cast<double>(t[1][a]);
-            link[4] = kk > 0 ? static_cast<double>(t[2][static_cast<std::size_t>(at - plane_size)]) : 0.0;
-            link[5] = static_cast<double>(t[2][a]);
-            return link;
-        };
-        // Which links lead to unknowns eliminated later.
-        const auto later = [](bool even, bool even_plane) {
-            return std::array<bool, 6>{even, even, false, true, even_plane, even_plane};
-        };
-        const std::array<double, 6> own = links(c, j, k, even_i);
-        const std::array<bool, 6> own_later = later(even_i, even_k);
-        double pivot_rest = static_cast<double>(ground[static_cast<std::size_t>(c)]);
-        double later_sum = 0;
-        for (std::size_t side = 0; side < 6; ++side) {
-            if (own[side] == 0)
-                continue;
-            if (own_later[side]) {
-                later_sum += own[side];
-                continue;
-            }
-            // The place of an odd unknown's I neighbours: its even ones stand half + 1 and half before it.
-            const std::array<std::ptrdiff_t, 6> to{-half - 1, -half, -stride, stride, -plane_size, plane_size};
-            const std::ptrdiff_t e = c + to[side];
-            const std::size_t back = side ^ 1U;
-            const bool along_i = side < 2;
-            const int e_j = j + (side == 2 ? -1 : 0);
-            const int e_k = k + (side == 4 ? -1 : side == 5 ? 1 : 0);
-            const std::array<double, 6> e_links = links(e, e_j, e_k, along_i != even_i);
-            const std::array<bool, 6> e_later = later(along_i != even_i, e_k % 2 == 0);
-            double others = static_cast<double>(rest[static_cast<std::size_t>(e)]);
-            for (std::size_t s = 0; s < 6; ++s)
-                if (s != back && e_later[s])
-                    others += e_links[s];
-            pivot_rest += own[side] * (others / (others + own[side]));
-        }
-        rest[static_cast<std::size_t>(c)] = static_cast<float>(pivot_rest);
-        const double pivot = pivot_rest + later_sum;
-        inverse_pivot[static_cast<std::size_t>(c)] = pivot > 0 ? static_cast<float>(1 / pivot) : 0.0F;
-    };
+    std::vector<float> rest(shape.size(), 0.0F);
+    const PlaneView outside{shape.half, static_cast<std::size_t>(shape.n[1]), zeros.data(), zeros.data(), zeros.data(),
+                            zeros.data(), zeros.data(), zeros.data(), zeros.data()};
     for (const int parity : {0, 1})
         for_parts((shape.n[2] + 1 - parity) / 2, shape.plane(), [&](int half_k) {
             const int k = 2 * half_k + parity;
-            for (int j = 0; j < shape.n[1]; ++j)
-                for (const int i_parity : {0, 1})
-                    for (int i = i_parity; i < shape.n[0]; i += 2)
-                        eliminate(i, j, k);
+            std::vector<float> scratch(shape.stride());
+            const std::size_t at = shape.row(0, k);
+            factorise_plane(plane(k), parity == 1, k > 0 ? plane(k - 1) : outside,
+                            k + 1 < shape.n[2] ? plane(k + 1) : outside, around(rest, k), rest.data() + at,
+                            inverse_pivot.data() + at, scratch.data());
         });
 }
 
@@ -240,15 +187,27 @@ void KCycle::Level::solve_directly()
             }
 }
 
-void KCycle::Level::smooth(const std::vector<float>& right, std::vector<float>& z) const
+void KCycle::Level::smooth(std::vector<float>& z, const std::vector<float>* from_x) const
 {
     const std::size_t plane_size = shape.plane();
     const auto here = [&](int k) { return z.data() + shape.row(0, k); };
-    for_parts((shape.n[2] + 1) / 2, plane_size,
-              [&](int n) { eliminate_even(plane(2 * n), right.data() + shape.row(0, 2 * n), here(2 * n)); });
+    // The right-hand side of a plane, worked out into the buffer where it is a residual.
+    const auto right = [&](int k, std::vector<float>& buffer) {
+        const float* own = r.data() + shape.row(0, k);
+        if (!from_x)
+            return own;
+        buffer.resize(plane_size);
+        residual_plane(plane(k), own, around(*from_x, k), buffer.data());
+        return static_cast<const float*>(buffer.data());
+    };
+    for_parts((shape.n[2] + 1) / 2, plane_size, [&](int n) {
+        std::vector<float> buffer;
+        eliminate_even(plane(2 * n), right(2 * n, buffer), here(2 * n));
+    });
     for_parts(shape.n[2] / 2, plane_size, [&](int n) {
         const int k = 2 * n + 1;
-        eliminate_odd(plane(k), right.data() + shape.row(0, k), here(k), plane_of(z, k - 1), plane_of(z, k + 1));
+        std::vector<float> buffer;
+        eliminate_odd(plane(k), right(k, buffer), here(k), plane_of(z, k - 1), plane_of(z, k + 1));
         substitute_odd(plane(k), here(k));
     });
     for_parts((shape.n[2] + 1) / 2, plane_size, [&](int n) {
@@ -345,6 +304,7 @@ bool KCycle::Hierarchy::add_coarser()
     });
     coarse.kept.assign(coarse.shape.size(), 0.0F);
     coarse.product.assign(coarse.shape.size(), 0.0F);
+    coarse.spare.assign(coarse.shape.size(), 0.0F);
     levels.push_back(std::move(level));
     return true;
 }
@@ -400,26 +360,24 @@ void KCycle::Hierarchy::add_coarse(std::size_t l)
     });
 }
 
-// levels[l].x = approximate solution for levels[l].r, which is kept.
+// levels[l].x = approximate solution for levels[l].r, which is kept; on the finest of several levels x + more.
 void KCycle::Hierarchy::cycle(std::size_t l)
 {
     Level& level = *levels[l];
     if (l + 1 == levels.size()) {
         if (level.inverse.empty())
-            level.smooth(level.r, level.x);
+            level.smooth(level.x, nullptr);
         else
             level.solve_directly();
         return;
     }
-    level.smooth(level.r, level.x);
+    level.smooth(level.x, nullptr);
     restrict_residual(l);
     solve(l + 1);
     add_coarse(l);
-    level.for_planes([&](int k) {
-        residual_plane(level.plane(k), level.plane_of(level.r, k), level.around(level.x, k),
-                       level.spare.data() + level.shape.row(0, k));
-    });
-    level.smooth(level.spare, level.more);
+    level.smooth(level.more, &level.x);
+    if (l == 0)
+        return; // apply() adds the two parts
     level.for_planes([&](int k) {
         const std::size_t at = level.shape.row(0, k);
         add_row(level.x.data() + at, level.more.data() + at, level.shape.plane());
@@ -528,56 +486,44 @@ KCycle& KCycle::operator=(KCycle&&) noexcept = default;
 
 void KCycle::apply(std::span<const double> right_hand_side, std::span<double> correction)
 {
+    const std::size_t plane = right_hand_side.size() / static_cast<std::size_t>(hierarchy_->levels.front()->shape.n[2]);
+    std::vector<double> largest_of(static_cast<std::size_t>(hierarchy_->levels.front()->shape.n[2]), 0.0);
+    for_parts(static_cast<int>(largest_of.size()), plane, [&](int k) {
+        double& largest = largest_of[static_cast<std::size_t>(k)];
+        for (const double value : right_hand_side.subspan(static_cast<std::size_t>(k) * plane, plane))
+            largest = std::max(largest, std::abs(value));
+    });
+    apply(right_hand_side, correction, *std::max_element(largest_of.begin(), largest_of.end()));
+}
+
+void KCycle::apply(std::span<const double> right_hand_side, std::span<double> correction, double unit)
+{
     Level& level = *hierarchy_->levels.front();
+    const bool two_parts = hierarchy_->levels.size() > 1;
     const auto& n = level.shape.n;
     const auto row_length = static_cast<std::size_t>(n[0]);
     const auto natural = [&](int j, int k) {
-        return row_length * (static_cast<std::size_t>(j) + static_cast<std::size_t>(n[1]) * static_cast<std::size_t>(k));
+        return row_length *
+               (static_cast<std::size_t>(j) + static_cast<std::size_t>(n[1]) * static_cast<std::size_t>(k));
     };
-    std::vector<double> largest_of(static_cast<std::size_t>(n[2]), 0.0);
-    level.for_planes([&](int k) {
-        double largest = 0;
-        for (std::size_t c = natural(0, k); c < natural(0, k + 1); ++c)
-            largest = std::max(largest, std::abs(right_hand_side[c]));
-        largest_of[static_cast<std::size_t>(k)] = largest;
-    });
-    const double largest = *std::max_element(largest_of.begin(), largest_of.end());
-    if (!(largest > 0) || !std::isfinite(largest)) {
+    if (!(unit > 0) || !std::isfinite(unit)) {
         std::fill(correction.begin(), correction.end(), 0.0);
         return;
     }
-    const double factor = 1 / largest;
     level.for_planes([&](int k) {
         for (int j = 0; j < n[1]; ++j) {
-            const double* from = right_hand_side.data() + natural(j, k);
-            float* even = level.r.data() + level.shape.row(j, k);
-            float* odd = even + level.shape.half + 1;
-            std::size_t i = 0;
-            for (; i + 1 < row_length; i += 2) {
-                even[i / 2] = static_cast<float>(from[i] * factor);
-                odd[i / 2] = static_cast<float>(from[i + 1] * factor);
-            }
-            if (i < row_length)
-                even[i / 2] = static_cast<float>(from[i] * factor);
-            const float* pivot = level.inverse_pivot.data() + level.shape.row(j, k);
-            for (std::size_t at = 0; at < level.shape.stride(); ++at)
-                even[at] = pivot[at] > 0 ? even[at] : 0.0F;
+            const std::size_t at = level.shape.row(j, k);
+            take_row(right_hand_side.data() + natural(j, k), row_length, 1 / unit, level.inverse_pivot.data() + at,
+                     level.r.data() + at);
         }
     });
     hierarchy_->cycle(0);
-    const double back = largest / hierarchy_->scale;
+    const double back = unit / hierarchy_->scale;
     level.for_planes([&](int k) {
         for (int j = 0; j < n[1]; ++j) {
-            double* to = correction.data() + natural(j, k);
-            const float* even = level.x.data() + level.shape.row(j, k);
-            const float* odd = even + level.shape.half + 1;
-            std::size_t i = 0;
-            for (; i + 1 < row_length; i += 2) {
-                to[i] = static_cast<double>(even[i / 2]) * back;
-                to[i + 1] = static_cast<double>(odd[i / 2]) * back;
-            }
-            if (i < row_length)
-                to[i] = static_cast<double>(even[i / 2]) * back;
+            const std::size_t at = level.shape.row(j, k);
+            give_row(level.x.data() + at, two_parts ? level.more.data() + at : level.zeros.data(), row_length, back,
+                     correction.data() + natural(j, k));
         }
     });
 }

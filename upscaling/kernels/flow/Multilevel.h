@@ -13,8 +13,8 @@ namespace Kelvane::flow {
 struct SevenPointMatrix {
     /// Unknowns along I, J, K; I fastest, K slowest in all arrays.
     std::array<int, 3> n{1, 1, 1};
-    /// Conductance from each unknown to its upper neighbour along I, J, K, n[0]*n[1]*n[2] numbers each; those that would
-    /// lead out of the box are not read.
+    /// Conductance from each unknown to its upper neighbour along I, J, K, n[0]*n[1]*n[2] numbers each; those that
+    /// would lead out of the box are not read.
     std::array<std::span<const double>, 3> conductance;
     /// What the diagonal holds beyond the conductances: the link to fixed values. n[0]*n[1]*n[2] numbers.
     std::span<const double> ground;
@@ -43,6 +43,10 @@ public:
     /// correction = approximate solution for this right-hand side. n[0]*n[1]*n[2] numbers each, natural order. Unknowns
     /// that take no part get 0.
     void apply(std::span<const double> right_hand_side, std::span<double> correction);
+
+    /// The same where the size of the numbers is known: `unit`, such as the length of the right-hand side, counts as 1
+    /// in single precision.
+    void apply(std::span<const double> right_hand_side, std::span<double> correction, double unit);
 
     /// Levels, the finest and the directly solved coarsest included.
     [[nodiscard]] int levels() const;

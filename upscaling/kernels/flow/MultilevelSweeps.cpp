@@ -61,6 +61,18 @@ KELVANE_INLINE void in_row(std::size_t h, const float* __restrict__ ti, const fl
         out_odd[m] += ti[m] * (x[m] - x_odd[m]) + t_odd[m] * (x[m + 1] - x_odd[m]);
 }
 
+constexpr float tiny = 1e-37F;
+
+// rest += t others / (others + t): what an unknown eliminated earlier leaves to this one.
+KELVANE_INLINE void add_left_over(const float* __restrict__ t, const float* __restrict__ others,
+                                  float* __restrict__ rest, std::size_t count)
+{
+    for (std::size_t n = 0; n < count; ++n) {
+        const float sum = others[n] + t[n];
+        rest[n] += t[n] * (others[n] / (sum > tiny ? sum : tiny));
+    }
+}
+
 struct RowPointers {
     const float *ti, *tj, *tj_before, *tk, *tk_below, *ground;
     const float *x, *x_before, *x_after, *x_below, *x_above;
@@ -99,6 +111,82 @@ KELVANE_INLINE void add_minus_product(const RowPointers& p, std::size_t h, float
 }
 
 } // namespace
+
+// With E the part of a pivot that is not a conductance to a later unknown,
+//   pivot = E + sum of conductances to later unknowns,
+//   E = ground + sum over earlier unknowns e of t (pivot_e - t) / pivot_e,
+// where pivot_e - t is put together from its other terms, so that nothing is ever subtracted.
+KELVANE_VECTOR_CLONES void factorise_plane(const PlaneView& plane, bool odd, const PlaneView& below,
+                                           const PlaneView& above, const PlaneVector& known_rest, float* rest,
+                                           float* inverse_pivot, float* scratch)
+{
+    const std::size_t h = plane.half;
+    const std::size_t stride = plane.stride();
+    float* __restrict__ others = scratch;
+    for (std::size_t j = 0; j < plane.rows; ++j) {
+        const std::size_t at = j * stride;
+        const float* __restrict__ ti = plane.ti + at;
+        const float* __restrict__ tj = plane.tj + at;
+        const float* __restrict__ tk = plane.tk + at;
+        const float* __restrict__ tk_below = plane.tk_below + at;
+        const float* __restrict__ ground = plane.ground + at;
+        float* __restrict__ own = rest + at;
+        float* __restrict__ inverse = inverse_pivot + at;
+        for (std::size_t n = 0; n < stride; ++n)
+            own[n] = ground[n];
+        if (j > 0) {
+            const float* __restrict__ before = own - stride;
+            const float* __restrict__ ti_before = ti - stride;
+            const float* __restrict__ tk_before = tk - stride;
+            const float* __restrict__ tk_below_before = tk_below - stride;
+            if (odd)
+                for (std::size_t n = 0; n < stride; ++n)
+                    others[n] = before[n];
+            else
+                for (std::size_t n = 0; n < stride; ++n)
+                    others[n] = before[n] + tk_before[n] + tk_below_before[n];
+            for (std::size_t m = 0; m < h; ++m)
+                others[m] += ti_before[m] + ti_before[h + m];
+            add_left_over(tj - stride, others, own, stride);
+        }
+        if (odd)
+            for (const bool up : {false, true}) {
+                const PlaneView& side = up ? above : below;
+                const float* __restrict__ side_rest = (up ? known_rest.above : known_rest.below) + at;
+                const float* __restrict__ side_ti = side.ti + at;
+                const float* __restrict__ side_tj = side.tj + at;
+                const float* __restrict__ away = (up ? side.tk : side.tk_below) + at;
+                for (std::size_t n = 0; n < stride; ++n)
+                    others[n] = side_rest[n] + side_tj[n] + away[n];
+                for (std::size_t m = 0; m < h; ++m)
+                    others[m] += side_ti[m] + side_ti[h + m];
+                add_left_over(up ? tk : tk_below, others, own, stride);
+            }
+        // Within the row: the even unknowns first.
+        own[h] = 0;
+        for (std::size_t n = 0; n < stride; ++n)
+            others[n] = tj[n] + (odd ? 0.0F : tk[n] + tk_below[n]);
+        for (std::size_t m = 0; m < h; ++m)
+            inverse[m] = own[m] + others[m] + ti[m] + ti[h + m];
+        float* __restrict__ own_odd = own + h + 1;
+        const float* __restrict__ ti_odd = ti + h + 1;
+        for (std::size_t m = 0; m < h; ++m) {
+            const float left = own[m] + others[m] + ti[h + m];
+            const float sum = left + ti[m];
+            own_odd[m] += ti[m] * (left / (sum > tiny ? sum : tiny));
+        }
+        for (std::size_t m = 0; m < h; ++m) {
+            const float right = own[m + 1] + others[m + 1] + ti[m + 1];
+            const float sum = right + ti_odd[m];
+            own_odd[m] += ti_odd[m] * (right / (sum > tiny ? sum : tiny));
+        }
+        for (std::size_t n = h + 1; n < stride; ++n)
+            inverse[n] = own[n] + others[n];
+        inverse[h] = 0;
+        for (std::size_t n = 0; n < stride; ++n)
+            inverse[n] = inverse[n] > tiny ? 1 / inverse[n] : 0.0F;
+    }
+}
 
 KELVANE_VECTOR_CLONES void eliminate_even(const PlaneView& plane, const float* r, float* z)
 {
@@ -229,6 +317,42 @@ KELVANE_VECTOR_CLONES void multiply_plane(const PlaneView& plane, const PlaneVec
         if (s)
             sums[2] += row_product(here, s + j * stride, stride);
     }
+}
+
+KELVANE_VECTOR_CLONES void take_row(const double* natural, std::size_t count, double factor, const float* inverse_pivot,
+                                    float* row)
+{
+    const double* __restrict__ from = natural;
+    const float* __restrict__ d = inverse_pivot;
+    float* __restrict__ even = row;
+    const std::size_t pairs = count / 2;
+    const std::size_t h = (count + 1) / 2;
+    float* __restrict__ odd = row + h + 1;
+    const float* __restrict__ d_odd = d + h + 1;
+    for (std::size_t m = 0; m < pairs; ++m) {
+        even[m] = d[m] > 0 ? static_cast<float>(from[2 * m] * factor) : 0.0F;
+        odd[m] = d_odd[m] > 0 ? static_cast<float>(from[2 * m + 1] * factor) : 0.0F;
+    }
+    if (pairs < h)
+        even[pairs] = d[pairs] > 0 ? static_cast<float>(from[2 * pairs] * factor) : 0.0F;
+}
+
+KELVANE_VECTOR_CLONES void give_row(const float* row, const float* other, std::size_t count, double factor,
+                                    double* natural)
+{
+    const float* __restrict__ even = row;
+    const float* __restrict__ even_other = other;
+    double* __restrict__ to = natural;
+    const std::size_t pairs = count / 2;
+    const std::size_t h = (count + 1) / 2;
+    const float* __restrict__ odd = row + h + 1;
+    const float* __restrict__ odd_other = other + h + 1;
+    for (std::size_t m = 0; m < pairs; ++m) {
+        to[2 * m] = static_cast<double>(even[m] + even_other[m]) * factor;
+        to[2 * m + 1] = static_cast<double>(odd[m] + odd_other[m]) * factor;
+    }
+    if (pairs < h)
+        to[2 * pairs] = static_cast<double>(even[pairs] + even_other[pairs]) * factor;
 }
 
 KELVANE_VECTOR_CLONES void add_row(float* y, const float* x, std::size_t count)

@@ -32,6 +32,12 @@ struct PlaneVector {
     const float* above = nullptr;
 };
 
+/// Pivots of the incomplete factorisation on one plane, `odd` telling its parity. `rest` receives the part of each
+/// pivot that is not a conductance to an unknown eliminated later; for an odd plane it is known on the planes around.
+/// `scratch` has one row of numbers.
+void factorise_plane(const PlaneView& plane, bool odd, const PlaneView& below, const PlaneView& above,
+                     const PlaneVector& known_rest, float* rest, float* inverse_pivot, float* scratch);
+
 /// z = (D + L)^-1 r on a plane that comes first (even) or last (odd, neighbours known).
 void eliminate_even(const PlaneView& plane, const float* r, float* z);
 void eliminate_odd(const PlaneView& plane, const float* r, float* z, const float* z_below, const float* z_above);
@@ -49,6 +55,11 @@ void residual_plane(const PlaneView& plane, const float* r, const PlaneVector& x
 /// out = A x on the plane; sums = x.out, x.r, x.s (s may be null).
 void multiply_plane(const PlaneView& plane, const PlaneVector& x, const float* r, const float* s, float* out,
                     double sums[3]);
+
+/// Row of numbers in natural order times factor to the storage of a level, 0 where there is no pivot; and back, the sum
+/// of two rows times factor.
+void take_row(const double* natural, std::size_t count, double factor, const float* inverse_pivot, float* row);
+void give_row(const float* row, const float* other, std::size_t count, double factor, double* natural);
 
 /// y += x
 void add_row(float* y, const float* x, std::size_t count);

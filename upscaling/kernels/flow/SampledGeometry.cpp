@@ -106,11 +106,12 @@ HexSample make_sample(const Corners& x)
 bool is_brick(const Block& block)
 {
     const Corners& corners = *block.corners;
-    const double largest = std::max({block.size[0], block.size[1], block.size[2]});
+    // World coordinates leave this much rounding in the corners of a cell.
+    const double rounding = 1e-9 * std::min({block.size[0], block.size[1], block.size[2]});
     for (int corner = 1; corner < 8; ++corner) {
         for (int axis = 0; axis < 3; ++axis) {
             const double expected = ((corner >> axis) & 1) != 0 ? block.size[axis] : 0;
-            if (!(std::abs(corners[corner][axis] - corners[0][axis] - expected) <= 1e-13 * largest))
+            if (!(std::abs(corners[corner][axis] - corners[0][axis] - expected) <= rounding))
                 return false;
         }
     }
@@ -167,13 +168,17 @@ void half_conductances(const HexSample& sample, const Vector3& k, double* half)
     }
 }
 
-void mixed_hex(const HexSample& sample, const Vector3& k, const int* dofs, double* s)
+void mixed_hex(const HexSample& sample, const Vector3& permeability, const int* dofs, double* s)
 {
+    // Where a sample is sealed along some axes only, an oblique sample would have pressures without energy.
+    constexpr double least = 1e-10;
     constexpr int faces = 6;
-    const double largest = std::max({k[0], k[1], k[2]});
+    const double largest = std::max({permeability[0], permeability[1], permeability[2]});
     std::fill(s, s + pair_count(faces), 0.0);
     if (!(largest > 0))
         return;
+    const Vector3 k{std::max(permeability[0], least * largest), std::max(permeability[1], least * largest),
+                    std::max(permeability[2], least * largest)};
     const auto& normal = sample.normal;
 
     // Rows of T - N (R^T N)^-1 R^T T; R from the centre to the faces, T out of both faces of an axis.
@@ -205,12 +210,12 @@ void mixed_hex(const HexSample& sample, const Vector3& k, const int* dofs, doubl
         double through = 0;
         for (int a = 0; a < 3; ++a) {
             const double mean = 0.5 * (normal[2 * axis + 1][a] - normal[2 * axis][a]);
-            along += sample.edge[axis][a] * sample.edge[axis][a] / std::max(k[a], 1e-12 * largest);
+            along += sample.edge[axis][a] * sample.edge[axis][a] / k[a];
             through += 3 * mean * mean * k[a] / sample.volume;
         }
-        // Always below `through`, which is 0 where nothing flows across; the lower limit keeps a sample whose
-        // permeability has a zero on an oblique axis from falling apart.
-        stiffness[axis] = std::min(through, std::max(3 * sample.volume / along, 1e-6 * through));
+        // Never above `through` but for rounding; the lower limit keeps an oblique sample of strong anisotropy from
+        // falling apart.
+        stiffness[axis] = std::max(3 * sample.volume / along, 1e-6 * through);
     }
 
     // The mean pressure eliminated from Z B Z^T; N K N^T carries none.

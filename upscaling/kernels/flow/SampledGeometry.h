@@ -22,7 +22,7 @@ struct HexSample {
 /// degenerate: a corner that is not finite, a sample without volume or turned inside out.
 [[nodiscard]] std::optional<std::vector<HexSample>> sampled_geometry(const Block& block);
 
-/// Whether the corners are those of the brick of the given sizes, along the axes of the frame, to rounding.
+/// Whether the corners are those of the brick of the given sizes, along the axes of the frame, to 1e-9 of the smallest.
 [[nodiscard]] bool is_brick(const Block& block);
 
 /// Half conductances from the centre to the six faces, N.(K d) / (d.d) with d from the centre to the middle of the face
@@ -34,6 +34,7 @@ void half_conductances(const HexSample& sample, const Vector3& k, double* half);
 /// Models Methods Appl. Sci. 15, 2005): the first part makes it exact for linear pressure, where faces are plane; Z
 /// holds the fluxes out of both faces of an axis, and B is that of lowest-order Raviart-Thomas elements on
 /// parallelepipeds, 3 V / (E.K^-1 E) for the edge E. So on parallelepipeds it is that element.
-void mixed_hex(const HexSample& sample, const Vector3& k, const int* dofs, double* s);
+/// Permeabilities below 1e-10 of the sample's largest count as that.
+void mixed_hex(const HexSample& sample, const Vector3& permeability, const int* dofs, double* s);
 
 } // namespace Kelvane::flow

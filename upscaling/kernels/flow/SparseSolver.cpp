@@ -26,6 +26,21 @@ void ask(const ProgressCheck& progress, double done)
         throw Cancelled{};
 }
 
+std::array<double, 6> half_conductances_of(const Instance& instance, int sample)
+{
+    const Vector3 k{instance.permeability(0, sample), instance.permeability(1, sample),
+                    instance.permeability(2, sample)};
+    std::array<double, 6> half{};
+    if (instance.geometry != nullptr) {
+        half_conductances((*instance.geometry)[sample], k, half.data());
+        return half;
+    }
+    const std::array<double, 3> shape = brick_shape(instance);
+    for (int face = 0; face < 6; ++face)
+        half[face] = 2 * shape[face / 2] * k[face / 2];
+    return half;
+}
+
 /// A plan's local matrices for one instance: links are matrices of two degrees of freedom.
 class LocalSystem {
 public:
@@ -56,20 +71,15 @@ public:
                         : given_[static_cast<std::size_t>(right) * plan_.givens + given_number(dof)];
     }
 
-    /// Takes parts that reach no given value out of the elements.
-    void cut_floating()
+    /// Holds parts that reach no given value at one of their unknowns. False when nothing can flow.
+    [[nodiscard]] bool pin_floating()
     {
-        FloatingParts parts(plan_.unknowns);
-        const auto for_each = [&](const auto& work) {
-            const auto pairs = static_cast<std::size_t>(pair_count(local_));
-            for (std::size_t n = 0; n < dofs_.size() / static_cast<std::size_t>(local_); ++n) {
-                double* s = entries_.data() + n * pairs;
-                work(dofs_.data() + n * static_cast<std::size_t>(local_), local_,
-                     [s](int r, int c) -> double& { return s[pair_count(r) + c]; });
-            }
-        };
-        for_each([&](const int* dof, int local, const auto& entry) { parts.join(dof, local, entry); });
-        for_each([&](const int* dof, int local, const auto& entry) { parts.cut(dof, local, entry); });
+        FloatingParts parts(plan_);
+        for_elements([&](const int* dof, int local, const double* s) {
+            parts.join(dof, local, [s](int r, int c) { return s[pair_count(r) + c]; });
+        });
+        pins_ = parts.representatives();
+        return !parts.blocked();
     }
 
     /// Lower triangle and right-hand sides. Unknowns without connection get the equation x = 0.
@@ -99,6 +109,8 @@ public:
                 }
             }
         });
+        for (const int unknown : pins_)
+            diagonal[unknown] = std::max(2 * diagonal[unknown], 1.0);
         for (int n = 0; n < plan_.unknowns; ++n)
             triplets.emplace_back(n, n, diagonal[n] > 0 ? diagonal[n] : 1.0);
         matrix.resize(plan_.unknowns, plan_.unknowns);
@@ -111,7 +123,7 @@ public:
         left.setZero();
         for_elements([&](const int* dof, int local, const double* s) {
             double x[8];
-            differences(dof, local, right, solution, x);
+            differences(dof, local, s, right, solution, x);
             for (int r = 0; r < local; ++r) {
                 for (int c = 0; c <= r; ++c) {
                     const double entry = s[pair_count(r) + c];
@@ -133,7 +145,7 @@ public:
         for_elements([&](const int* dof, int local, const double* s) {
             double x[3][8] = {};
             for (int right = 0; right < rights; ++right)
-                differences(dof, local, right, solution, x[right]);
+                differences(dof, local, s, right, solution, x[right]);
             for (int e = 0; e < 6; ++e) {
                 if (second[e] >= rights)
                     continue;
@@ -150,42 +162,30 @@ public:
     }
 
 private:
-    /// Pressures less that of the element's first degree of freedom, 0 for sealed ones.
-    void differences(const int* dof, int local, int right, const std::vector<Vector>& solution, double* x) const
+    /// Pressures less their mean, weighted by the element's diagonal, for the matrix is blind to constants.
+    void differences(const int* dof, int local, const double* s, int right, const std::vector<Vector>& solution,
+                     double* x) const
     {
         double base = 0;
-        bool found = false;
+        double weight = 0;
         for (int l = 0; l < local; ++l) {
-            if (dof[l] == sealed_dof) {
-                x[l] = 0;
-                continue;
-            }
-            if (!found)
-                base = value(dof[l], right, solution);
-            found = true;
-            x[l] = value(dof[l], right, solution) - base;
+            x[l] = dof[l] == sealed_dof ? 0.0 : value(dof[l], right, solution);
+            base += s[pair_count(l) + l] * x[l];
+            weight += s[pair_count(l) + l];
         }
+        for (int l = 0; l < local && weight > 0; ++l)
+            x[l] -= base / weight;
     }
 
     void load_links(const Instance& instance)
     {
         local_ = 2;
-        std::vector<std::array<double, 6>> half(plan_.samples);
-        for (int sample = 0; sample < plan_.samples; ++sample) {
-            const Vector3 k{instance.permeability(0, sample), instance.permeability(1, sample),
-                            instance.permeability(2, sample)};
-            if (instance.geometry != nullptr) {
-                half_conductances((*instance.geometry)[sample], k, half[sample].data());
-                continue;
-            }
-            const std::array<double, 3> shape = brick_shape(instance);
-            for (int face = 0; face < 6; ++face)
-                half[sample][face] = 2 * shape[face / 2] * k[face / 2];
-        }
         for (const BlockPlan::Link& link : plan_.links) {
-            double conductance = half[link.sample][link.face];
-            if (link.other >= 0)
-                in_series(half[link.sample][link.face], half[link.other][link.other_face], conductance);
+            double conductance = half_conductances_of(instance, link.sample)[link.face];
+            if (link.other >= 0) {
+                const double own = conductance;
+                in_series(own, half_conductances_of(instance, link.other)[link.other_face], conductance);
+            }
             dofs_.push_back(plan_.unknown_of[link.sample]);
             dofs_.push_back(link.other >= 0 ? plan_.unknown_of[link.other] : given_dof(link.given));
             entries_.insert(entries_.end(), {conductance, -conductance, conductance});
@@ -219,6 +219,7 @@ private:
     std::vector<int> dofs_;
     std::vector<double> entries_;
     std::vector<double> given_;
+    std::vector<int> pins_;
 };
 
 /// z = approximate inverse times r.
@@ -268,6 +269,72 @@ Preconditioner incomplete_cholesky(const Matrix& matrix)
         return [factor](const Vector& r, Vector& z) { z = factor->solve(r); };
     const Vector inverse = matrix.diagonal().cwiseInverse();
     return [inverse](const Vector& r, Vector& z) { z = inverse.cwiseProduct(r); };
+}
+
+/// For the pressures on faces: incomplete factorisation before and after a cycle on the two-point network of the
+/// samples, which the mixed system is spectrally close to. A face takes the pressures of its two samples, weighted by
+/// their half conductances.
+Preconditioner mixed_cycle(const BlockPlan& plan, const Instance& instance, const Matrix& matrix)
+{
+    struct Data {
+        explicit Data(const BlockPlan& mixed) : plan(mixed.n, Discretisation::TwoPoint, mixed.flow) {}
+        BlockPlan plan;
+        Preconditioner cycle;
+        Preconditioner smoother;
+        Eigen::SparseMatrix<double, Eigen::RowMajor> to_faces;
+        Vector left, change, coarse_left, coarse_change, product;
+        double damping = 1;
+    };
+    auto data = std::make_shared<Data>(plan);
+    data->cycle = network_cycle(data->plan, LocalSystem(data->plan, instance));
+    data->smoother = incomplete_cholesky(matrix);
+    std::vector<Eigen::Triplet<double>> weights;
+    for (const BlockPlan::Link& link : data->plan.links) {
+        if (link.other < 0)
+            continue;
+        const int face = plan.dofs[static_cast<std::size_t>(link.sample) * 6 + static_cast<std::size_t>(link.face)];
+        const double own = half_conductances_of(instance, link.sample)[link.face];
+        const double other = half_conductances_of(instance, link.other)[link.other_face];
+        if (!(own + other > 0))
+            continue;
+        weights.emplace_back(face, data->plan.unknown_of[link.sample], own / (own + other));
+        weights.emplace_back(face, data->plan.unknown_of[link.other], other / (own + other));
+    }
+    data->to_faces.resize(plan.unknowns, data->plan.unknowns);
+    data->to_faces.setFromTriplets(weights.begin(), weights.end());
+    data->coarse_change.setZero(data->plan.unknowns);
+    // A smoother must not amplify: the matrix has positive entries off its diagonal, and what the factorisation leaves
+    // out may make it too small by a factor, which some power iterations find.
+    Vector& x = data->left;
+    x = matrix.diagonal().cwiseSqrt().cwiseInverse();
+    for (Eigen::Index n = 0; n < x.size(); n += 2)
+        x[n] = -x[n];
+    double largest = 1;
+    for (int step = 0; step < 12; ++step) {
+        x /= x.norm();
+        data->product.noalias() = matrix.selfadjointView<Eigen::Lower>() * x;
+        data->smoother(data->product, x);
+        largest = std::max(largest, x.norm());
+    }
+    data->damping = 1 / (1.1 * largest);
+    return [data, &matrix](const Vector& r, Vector& z) {
+        data->smoother(r, z);
+        z *= data->damping;
+        data->product.noalias() = matrix.selfadjointView<Eigen::Lower>() * z;
+        data->left = r - data->product;
+        data->coarse_left.noalias() = data->to_faces.transpose() * data->left;
+        data->cycle(data->coarse_left, data->coarse_change);
+        data->change.noalias() = data->to_faces * data->coarse_change;
+        data->product.noalias() = matrix.selfadjointView<Eigen::Lower>() * data->change;
+        const double curvature = data->change.dot(data->product);
+        if (curvature > 0) {
+            const double step = data->change.dot(data->left) / curvature;
+            z += step * data->change;
+            data->left -= step * data->product;
+        }
+        data->smoother(data->left, data->change);
+        z += data->damping * data->change;
+    };
 }
 
 /// Flexible conjugate gradients from zero.
@@ -321,8 +388,8 @@ SparseAnswer solve_sparse(const BlockPlan& plan, const Instance& instance, bool 
     SparseAnswer answer;
     ask(progress, 0);
     LocalSystem system(plan, instance);
-    if (instance.has_zero)
-        system.cut_floating();
+    if (instance.has_zero && !system.pin_floating())
+        return answer;
     Matrix matrix;
     std::vector<Vector> right_hand_sides;
     system.assemble(matrix, right_hand_sides);
@@ -360,11 +427,15 @@ SparseAnswer solve_sparse(const BlockPlan& plan, const Instance& instance, bool 
     } else {
         const Preconditioner precondition = plan.discretisation == Discretisation::TwoPoint
                                                 ? network_cycle(plan, system)
+                                                : plan.discretisation == Discretisation::Mixed
+                                                ? mixed_cycle(plan, instance, matrix)
                                                 : incomplete_cholesky(matrix);
         for (std::size_t right = 0; right < right_hand_sides.size(); ++right)
             iterate(matrix, right_hand_sides[right], precondition, tolerance, solution[right], answer, progress);
     }
     answer.energies = system.energies(solution);
+    if (instance.has_zero)
+        clear_rounding(answer.energies);
     for (double& energy : answer.energies) {
         if (!std::isfinite(energy)) {
             energy = 0;
