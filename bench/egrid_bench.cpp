@@ -1,24 +1,17 @@
-// Speed of reading and writing EGRID with INIT and binary GRDECL, beside a copy of the same bytes with read() and
-// write() and beside plain read(), measured in the same run; and the memory that reading takes, beside the model.
+// Speed and memory of reading and writing EGRID with INIT and binary GRDECL, and of reading the old GRID, beside copies of the
+// same bytes.
 //
 //     egrid_bench [NI NJ NK] [FOLDER]
 //
-// makes a model of that size (default 250 x 250 x 160, ten million cells) in FOLDER (default: the temporary folder).
+// makes a model of that size (default 250 x 250 x 160, ten million cells; a quarter of it as old GRID) in FOLDER (default:
+// the temporary folder). Medians of rounds in which everything has its turn.
 
-#include <lodex/gridio/GridFormat.h>
+#include "Timing.h"
 
-#include <algorithm>
-#include <chrono>
+#include <lodex/gridio/RecordFile.h>
+
+#include <array>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <fcntl.h>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -69,168 +62,113 @@ GridModel make_model(std::int64_t ni, std::int64_t nj, std::int64_t nk)
     return model;
 }
 
-double model_bytes(const GridModel& model)
+/// Every cell with its eight corners, as old GRID files list them.
+void write_old_grid(const GridModel& model, const std::filesystem::path& path)
 {
-    double bytes = static_cast<double>((model.coord.size() * model.coord.bytes_per_value())
-                                       + model.zcorn.size() * model.zcorn.bytes_per_value() + model.active.size());
-    for (const PropertyData& property : model.properties) {
-        bytes += std::visit([](const auto& values) { return static_cast<double>(values.size() * sizeof(values[0])); },
-                            property.values);
-    }
-    return bytes;
-}
-
-template <class Work> double seconds(Work&& work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-    return taken.count();
-}
-
-/// Through a buffer; `to` empty: reads alone.
-void copy_file_bytes(const std::filesystem::path& from, const std::filesystem::path& to)
-{
-    constexpr std::size_t size = 1 << 20;
-    const int in = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
-    const int out = to.empty() ? -1 : ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    const auto buffer = std::make_unique_for_overwrite<char[]>(size);
-    for (ssize_t got = 0; (got = ::read(in, buffer.get(), size)) > 0;) {
-        if (out >= 0 && ::write(out, buffer.get(), static_cast<std::size_t>(got)) != got) {
-            std::perror("write");
-            break;
-        }
-    }
-    ::close(in);
-    if (out >= 0) {
-        ::close(out);
-    }
-}
-
-/// A line of /proc/self/status in bytes, "VmHWM:" or "VmRSS:".
-double memory(const char* line)
-{
-    double bytes = 0;
-    if (std::FILE* const file = std::fopen("/proc/self/status", "r")) {
-        char text[256];
-        while (std::fgets(text, sizeof text, file) != nullptr) {
-            if (std::strncmp(text, line, std::strlen(line)) == 0) {
-                bytes = std::atof(text + std::strlen(line)) * 1024;
+    using lodex::records::Type;
+    lodex::AtomicFile file(path);
+    lodex::records::Writer writer(file, false);
+    const auto [ni, nj, nk] = model.size;
+    const auto number = [](std::int64_t value) { return static_cast<std::int32_t>(value); };
+    const std::array<std::int32_t, 3> size = {number(ni), number(nj), number(nk)};
+    writer.begin("DIMENS", Type::Integer, size.size(), path);
+    writer.put(std::span<const std::int32_t>(size));
+    std::int64_t cell = 0;
+    for (std::int64_t k = 0; k < nk; ++k) {
+        for (std::int64_t j = 0; j < nj; ++j) {
+            for (std::int64_t i = 0; i < ni; ++i, ++cell) {
+                const std::array<std::int32_t, 7> place = {number(i + 1), number(j + 1), number(k + 1), number(cell + 1),
+                                                           model.active[static_cast<std::size_t>(cell)], 0, 0};
+                writer.begin("COORDS", Type::Integer, place.size(), path);
+                writer.put(std::span<const std::int32_t>(place));
+                std::array<float, 24> corners{};
+                for (std::int64_t corner = 0; corner < 8; ++corner) {
+                    const std::int64_t a = corner & 1;
+                    const std::int64_t b = corner >> 1 & 1;
+                    const std::int64_t c = corner >> 2;
+                    const auto pillar = static_cast<std::size_t>(6 * (i + a + (ni + 1) * (j + b)));
+                    const double depth = model.zcorn[static_cast<std::size_t>((2 * k + c) * 4 * nj * ni
+                                                                              + (2 * j + b) * 2 * ni + 2 * i + a)];
+                    const double part = (depth - model.coord[pillar + 2]) / (model.coord[pillar + 5] - model.coord[pillar + 2]);
+                    float* const point = corners.data() + 3 * corner;
+                    for (std::size_t axis = 0; axis < 2; ++axis) {
+                        const double top = model.coord[pillar + axis];
+                        point[axis] = static_cast<float>(top + part * (model.coord[pillar + 3 + axis] - top));
+                    }
+                    point[2] = static_cast<float>(depth);
+                }
+                writer.begin("CORNERS", Type::Real, corners.size(), path);
+                writer.put(std::span<const float>(corners));
             }
         }
-        std::fclose(file);
     }
-    return bytes;
+    file.commit();
 }
 
-/// Reads in a process of its own, where nothing else has used memory, and prints the peak beside the model's bytes.
-void print_memory(const lodex::GridFormat& format, const std::filesystem::path& path)
+void measure(const std::string& program, const GridModel* model, const std::vector<std::filesystem::path>& files)
 {
-    std::fflush(stdout);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const double before = memory("VmRSS:");
-        try {
-            const auto result = format.read(path, {});
-            const double model = model_bytes(result.model);
-            std::printf("  memory: model %.1f MB, peak %.1f MB more than before, %.3f of the model\n", model / 1e6,
-                        (memory("VmHWM:") - before) / 1e6, (memory("VmHWM:") - before) / model);
-            std::fflush(stdout);
-        } catch (const std::exception& error) {
-            std::fprintf(stderr, "%s\n", error.what());
-        }
-        ::_exit(0);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-}
-
-void measure(const std::filesystem::path& path, const std::vector<std::filesystem::path>& files)
-{
+    const std::filesystem::path& path = files.front();
     const lodex::GridFormat& format = lodex::GridFormats::for_reading(path);
     double mega = 0;
     for (const auto& file : files) {
         mega += static_cast<double>(std::filesystem::file_size(file)) / 1e6;
     }
-    auto target = path;
-    target += ".copy";
-    // One after the other in every round, so that other work on the machine slows all of them; the quickest counts.
-    double copying = 1e300;
-    double plain = 1e300;
-    double reading = 1e300;
-    std::size_t properties = 0;
-    constexpr int rounds = 7;
-    for (int round = 0; round < rounds; ++round) {
-        copying = std::min(copying, seconds([&] {
-            for (const auto& file : files) {
-                copy_file_bytes(file, target);
-            }
-        }));
-        std::filesystem::remove(target);
-        plain = std::min(plain, seconds([&] {
-            for (const auto& file : files) {
-                copy_file_bytes(file, {});
-            }
-        }));
-        reading = std::min(reading, seconds([&] { properties = format.read(path, {}).model.properties.size(); }));
+    std::printf("%s, %.0f MB\n", std::string(format.name()).c_str(), mega);
+    std::filesystem::path other = path;
+    other.replace_filename("B" + path.extension().string());
+    const auto copy_all = [&](bool sync) {
+        for (const auto& file : files) {
+            std::filesystem::path copy = file;
+            copy.replace_filename("B" + file.extension().string());
+            bench::copy_file(file, copy, sync);
+        }
+    };
+    std::vector<std::function<void()>> works = {[&] { copy_all(false); }, [&] { (void)format.read(path, {}); }};
+    if (model != nullptr) {
+        works.emplace_back([&] { copy_all(true); });
+        works.emplace_back([&] { (void)format.write(*model, other, {}); });
     }
-    std::printf("%s: %.1f MB, %zu properties\n", std::string(format.name()).c_str(), mega, properties);
-    std::printf("  copy %.0f MB/s, plain read() %.0f MB/s\n", mega / copying, mega / plain);
-    std::printf("  read %.0f MB/s: %.2f times the speed of the copy, %.2f of plain read()\n", mega / reading,
-                copying / reading, plain / reading);
+    const auto times = bench::medians(works);
+    bench::print("read", mega, times[1], times[0], "a copy");
+    if (model != nullptr) {
+        bench::print("write", mega, times[3], times[2], "a copy with fsync");
+    }
+    bench::print_peak(program, path);
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const bool sized = argc > 3;
-    const std::int64_t ni = sized ? std::atoll(argv[1]) : 250;
-    const std::int64_t nj = sized ? std::atoll(argv[2]) : 250;
-    const std::int64_t nk = sized ? std::atoll(argv[3]) : 160;
-    const std::filesystem::path parent =
-        argc == 2 || argc == 5 ? std::filesystem::path(argv[argc - 1]) : std::filesystem::temp_directory_path();
-    const auto folder = parent / ("egrid_bench-" + std::to_string(::getpid()));
-    int status = 0;
+    if (argc == 3 && std::string(argv[1]) == "--peak") {
+        return bench::print_peak_of_this_process(argv[2]);
+    }
+    const bench::Arguments arguments(argc, argv, 250, 250, 160);
     try {
-        std::filesystem::create_directories(folder);
-        const auto egrid = folder / "A.EGRID";
-        const auto bgrdecl = folder / "A.bgrdecl";
-        // Written by a process of its own: this one is to hold no memory when it measures.
-        std::fflush(stdout);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            int failed = 0;
-            try {
-                const GridModel model = make_model(ni, nj, nk);
-                std::printf("%lld x %lld x %lld cells\n", static_cast<long long>(ni), static_cast<long long>(nj),
-                            static_cast<long long>(nk));
-                for (const auto& path : {egrid, bgrdecl}) {
-                    const auto start = std::chrono::steady_clock::now();
-                    const auto bytes = lodex::GridFormats::for_writing(path).write(model, path, {}).bytes;
-                    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-                    std::printf("%s: written with %.0f MB/s (with fsync)\n", path.extension().c_str(),
-                                static_cast<double>(bytes) / 1e6 / taken.count());
-                }
-            } catch (const std::exception& error) {
-                std::fprintf(stderr, "%s\n", error.what());
-                failed = 1;
+        const bench::Folder folder(arguments.folder, "egrid_bench");
+        {
+            const GridModel model = make_model(arguments.ni, arguments.nj, arguments.nk);
+            std::printf("%lld x %lld x %lld cells, %.0f MB in memory\n", static_cast<long long>(arguments.ni),
+                        static_cast<long long>(arguments.nj), static_cast<long long>(arguments.nk),
+                        bench::model_bytes(model) / 1e6);
+            const auto egrid = folder / "A.EGRID";
+            const auto bgrdecl = folder / "A.bgrdecl";
+            for (const auto& path : {egrid, bgrdecl}) {
+                lodex::GridFormats::for_writing(path).write(model, path, {});
             }
-            std::fflush(stdout);
-            ::_exit(failed);
+            measure(argv[0], &model, {egrid, folder / "A.INIT"});
+            measure(argv[0], &model, {bgrdecl});
         }
-        ::waitpid(child, &status, 0);
-        if (status == 0) {
-            print_memory(lodex::GridFormats::for_reading(egrid), egrid);
-            measure(egrid, {egrid, folder / "A.INIT"});
-            print_memory(lodex::GridFormats::for_reading(bgrdecl), bgrdecl);
-            measure(bgrdecl, {bgrdecl});
+        std::filesystem::remove(folder / "A.INIT"); // of another grid than the next
+        std::filesystem::remove(folder / "B.INIT");
+        const auto grid = folder / "A.GRID";
+        const std::int64_t quarter = std::max<std::int64_t>(1, arguments.nk / 4);
+        if (bench::in_child([&] { write_old_grid(make_model(arguments.ni, arguments.nj, quarter), grid); })) {
+            measure(argv[0], nullptr, {grid});
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
-        status = 1;
+        return 1;
     }
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-    return status == 0 ? 0 : 1;
+    return 0;
 }

@@ -1,21 +1,13 @@
-// Speed of reading and writing GRDECL text on one core, beside a plain read() of the same bytes and a copy through memory.
+// Speed and memory of reading and writing GRDECL text on one core, beside a plain read() and a copy of the same bytes.
 //
 //     grdecl_bench [NI NJ NK] [FOLDER]
 //
-// makes a model of that size (default 160 x 160 x 80, some 200 MB of text) in FOLDER (default: the temporary folder).
+// makes a model of that size (default 160 x 160 x 80, some 200 MB of text; 250 x 250 x 160 has ten million cells) in
+// FOLDER (default: the temporary folder). Medians of rounds in which everything has its turn.
 
-#include <lodex/gridio/GridFormat.h>
+#include "Timing.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
-#include <fcntl.h>
-#include <filesystem>
-#include <memory>
-#include <unistd.h>
 
 namespace {
 
@@ -61,83 +53,40 @@ GridModel make_model(std::int64_t ni, std::int64_t nj, std::int64_t nk)
     return model;
 }
 
-/// Seconds that passed, and seconds of this process alone (user and system), which other work on the machine leaves alone.
-struct Time {
-    double wall = 1e300;
-    double cpu = 1e300;
-};
-
-double process_seconds()
-{
-    timespec time{};
-    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
-/// Least of five runs.
-template <class Work> Time least_time(Work&& work)
-{
-    Time least;
-    for (int run = 0; run < 5; ++run) {
-        const auto start = std::chrono::steady_clock::now();
-        const double cpu_start = process_seconds();
-        work();
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-        least.wall = std::min(least.wall, taken.count());
-        least.cpu = std::min(least.cpu, process_seconds() - cpu_start);
-    }
-    return least;
-}
-
-void print(const char* what, double mega_bytes, const Time& time, const Time& plain)
-{
-    std::printf("%-24s %8.1f MB/s (%.1f MB/s of processor time), %.3f of a plain read()\n", what, mega_bytes / time.wall,
-                mega_bytes / time.cpu, plain.wall / time.wall);
-}
-
-void plain_read(const std::filesystem::path& path)
-{
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    const auto buffer = std::make_unique_for_overwrite<char[]>(1 << 20);
-    while (::read(descriptor, buffer.get(), 1 << 20) > 0) {
-    }
-    ::close(descriptor);
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const bool sized = argc > 3;
-    const std::int64_t ni = sized ? std::atoll(argv[1]) : 160;
-    const std::int64_t nj = sized ? std::atoll(argv[2]) : 160;
-    const std::int64_t nk = sized ? std::atoll(argv[3]) : 80;
-    const std::filesystem::path folder =
-        argc == 2 || argc == 5 ? std::filesystem::path(argv[argc - 1]) : std::filesystem::temp_directory_path();
-    const auto path = folder / ("grdecl_bench-" + std::to_string(::getpid()) + ".grdecl");
+    if (argc == 3 && std::string(argv[1]) == "--peak") {
+        return bench::print_peak_of_this_process(argv[2]);
+    }
+    const bench::Arguments arguments(argc, argv, 160, 160, 80);
     try {
+        const bench::Folder folder(arguments.folder, "grdecl_bench");
+        const auto path = folder / "model.grdecl";
+        const auto copy = folder / "copy.grdecl";
         const lodex::GridFormat& format = lodex::GridFormats::for_writing(path);
-        const GridModel model = make_model(ni, nj, nk);
-        std::uint64_t bytes = 0;
-        const Time writing = least_time([&] { bytes = format.write(model, path, {}).bytes; });
-        const Time plain = least_time([&] { plain_read(path); });
-        std::size_t properties = 0;
-        const Time reading = least_time([&] { properties = format.read(path, {}).model.properties.size(); });
-        lodex::ReadOptions only;
-        only.properties_only = true;
-        const Time skipping = least_time([&] { properties = format.read(path, only).model.properties.size(); });
-        const double mega = static_cast<double>(bytes) / 1e6;
-        std::printf("%lld x %lld x %lld cells, %zu properties, %.1f MB of text\n", static_cast<long long>(ni),
-                    static_cast<long long>(nj), static_cast<long long>(nk), properties, mega);
-        print("plain read()", mega, plain, plain);
-        print("read", mega, reading, plain);
-        print("read, properties only", mega, skipping, plain);
-        print("write (with fsync)", mega, writing, plain);
+        const GridModel model = make_model(arguments.ni, arguments.nj, arguments.nk);
+        format.write(model, path, {});
+        const double mega = static_cast<double>(std::filesystem::file_size(path)) / 1e6;
+        std::printf("%lld x %lld x %lld cells, %.0f MB in memory, %.0f MB of text\n", static_cast<long long>(arguments.ni),
+                    static_cast<long long>(arguments.nj), static_cast<long long>(arguments.nk),
+                    bench::model_bytes(model) / 1e6, mega);
+        lodex::ReadOptions properties_only;
+        properties_only.properties_only = true;
+        constexpr int rounds = 5;
+        const auto times = bench::medians({[&] { bench::copy_file(path, {}); }, [&] { bench::copy_file(path, copy, true); },
+                                           [&] { (void)format.read(path, {}); },
+                                           [&] { (void)format.read(path, properties_only); },
+                                           [&] { (void)format.write(model, copy, {}); }},
+                                          rounds);
+        bench::print("read", mega, times[2], times[0], "plain read()");
+        bench::print("read, properties only", mega, times[3], times[0], "plain read()");
+        bench::print("write", mega, times[4], times[1], "a copy with fsync");
+        bench::print_peak(argv[0], path);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
-        std::filesystem::remove(path);
         return 1;
     }
-    std::filesystem::remove(path);
     return 0;
 }

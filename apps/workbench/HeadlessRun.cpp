@@ -4,7 +4,7 @@
 #include "JournalView.h"
 #include "MainWindow.h"
 #include "SectionPanel.h"
-#include "lodex/gridio/AtomicFile.h"
+#include "lodex/utils/AtomicFile.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/volumes/model/CellGeometry.h"

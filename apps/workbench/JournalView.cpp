@@ -1,6 +1,6 @@
 #include "JournalView.h"
 
-#include "lodex/gridio/AtomicFile.h"
+#include "lodex/utils/AtomicFile.h"
 #include "lodex/interpreter/Interpreter.h"
 
 #include <Lodex/utils/Logger.h>

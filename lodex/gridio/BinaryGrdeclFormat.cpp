@@ -1,6 +1,6 @@
 #include <lodex/gridio/BinaryGrdeclFormat.h>
 
-#include <lodex/gridio/AtomicFile.h>
+#include <lodex/utils/AtomicFile.h>
 #include <lodex/gridio/RecordGrid.h>
 #include <lodex/volumes/model/CellGeometry.h>
 

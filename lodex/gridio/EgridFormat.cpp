@@ -1,6 +1,6 @@
 #include <lodex/gridio/EgridFormat.h>
 
-#include <lodex/gridio/AtomicFile.h>
+#include <lodex/utils/AtomicFile.h>
 #include <lodex/gridio/InitFormat.h>
 #include <lodex/gridio/RecordGrid.h>
 #include <lodex/volumes/model/CellGeometry.h>
@@ -33,11 +33,6 @@ constexpr std::size_t segments_item = 25;
 constexpr std::size_t radial_item = 26;
 constexpr std::size_t head_items = 100;
 constexpr std::int32_t corner_point = 1; ///< of GRIDHEAD and of the origin in FILEHEAD
-
-std::string plural(std::uint64_t count, const char* one)
-{
-    return std::to_string(count) + ' ' + one + (count == 1 ? "" : "s");
-}
 
 // --- reading ---------------------------------------------------------------------------------------------------------
 
@@ -175,12 +170,7 @@ private:
 
     void read_behind_grid(const Header& header)
     {
-        refinements_ += static_cast<std::uint64_t>(header.name == "LGR");
-        in_refinement_ = header.name == "LGR" || (in_refinement_ && header.name != "ENDLGR");
-        if (header.name == "NNC1" || header.name == "NNCL" || header.name == "NNA1") {
-            connections_ += header.count;
-        } else if (!in_refinement_ && !header.name.starts_with("NN") && header.name != "ENDLGR" && header.name != "LGR"
-                   && header.name != "ENDGRID") {
+        if (!refinements_.take(header) && header.name != "ENDGRID") {
             passed_.add(header);
         }
     }
@@ -200,17 +190,7 @@ private:
             add(Message::Level::Warning, "active flags",
                 "ACTNUM is 2 or 3 in " + plural(special_, "cell") + ": these are taken as active");
         }
-        if (refinements_ > 0 || connections_ > 0) {
-            std::string text = "left out:";
-            if (refinements_ > 0) {
-                text += ' ' + plural(refinements_, "local refinement");
-            }
-            if (connections_ > 0) {
-                text += (refinements_ > 0 ? ", " : " ") + plural(connections_, "connection")
-                    + " of cells that are no neighbours";
-            }
-            add(Message::Level::Info, "things left out", text);
-        }
+        refinements_.tell(log_, reader_->file());
         passed_.tell(log_, reader_->file(), "not part of the grid");
     }
 
@@ -225,10 +205,8 @@ private:
     bool has_flags_ = false;
     bool dual_ = false;
     bool ended_ = false;
-    bool in_refinement_ = false;
     std::uint64_t special_ = 0;
-    std::uint64_t refinements_ = 0;
-    std::uint64_t connections_ = 0;
+    Refinements refinements_;
     PassedOver passed_;
 };
 
@@ -416,12 +394,8 @@ WriteResult EgridFormat::write(const GridModel& model, const std::filesystem::pa
     if (any) {
         AtomicFile init(init_path);
         write_init(model, names, active_only, units, init, formatted, init_path, progress);
-        // Both are on the disk before either is seen.
-        grid.sync();
-        init.sync();
         result.bytes = grid.size() + init.size();
-        init.commit();
-        grid.commit();
+        AtomicFile::commit_together(std::array{&init, &grid});
         log.add("companions",
                 {Message::Level::Info, to_utf8(init_path.string()), 0, "written with it: the properties"});
     } else {

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <new>
+#include <sys/mman.h>
 
 namespace lodex::grdecl {
 
@@ -74,6 +75,23 @@ struct ActivePolicy {
     static std::uint8_t undefined() { return 1; }
 };
 
+/// Room for that many values, on large pages where the system has them: on small ones the page faults cost as much as
+/// the copying.
+template <class Value> void reserve_array(std::vector<Value>& values, std::uint64_t count)
+{
+    values.reserve(static_cast<std::size_t>(count));
+#ifdef MADV_HUGEPAGE
+    constexpr std::uintptr_t page = 4096;
+    constexpr std::size_t large = std::size_t{4} << 20;
+    if (count * sizeof(Value) >= large) {
+        const auto first = (reinterpret_cast<std::uintptr_t>(values.data()) + page - 1) / page * page;
+        const auto last = reinterpret_cast<std::uintptr_t>(values.data() + count) / page * page;
+        // Advice: its failure costs time only.
+        [[maybe_unused]] const int result = ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+    }
+#endif
+}
+
 } // namespace
 
 bool Reader::may_be_array(const Keyword& keyword, const KeywordInfo& info) const
@@ -108,33 +126,48 @@ Outcome Reader::read_values(const Keyword& keyword, const char* p, std::vector<t
 {
     using Value = typename Policy::Value;
     Source& source = *keyword.source;
-    // Each number takes two characters at least; only repeat counts make more of fewer.
-    std::uint64_t room = std::min<std::uint64_t>(limit, static_cast<std::uint64_t>(source.end - p) / 2 + 1);
+    source.need(p);
+    // Addresses for all values at once, so that none is moved; memory comes as they are written. Repeat counts ask for
+    // any number, so addresses are taken only within the bound, and claimed piece by piece.
+    std::uint64_t room = 0;
     const auto make_room = [&](std::uint64_t wanted) {
         claim(keyword, (wanted - values.size()) * sizeof(Value));
         try {
+            if (wanted > values.capacity()) {
+                const std::uint64_t allowed = values.size() + (max_bytes_ - claimed_) / sizeof(Value);
+                reserve_array(values, std::max(wanted, std::min(limit, allowed)));
+            }
             values.resize(wanted);
         } catch (const std::bad_alloc&) {
             fail(source, keyword.start, keyword.name + ": not enough memory for " + value_count(wanted));
         }
         room = wanted;
     };
-    make_room(room);
+    constexpr std::uint64_t step = 32 * 1024;
+    make_room(std::min(limit, step));
     Value* out = values.data();
     Outcome outcome;
     std::uint64_t count = 0;
-    const char* checkpoint = p + tick_bytes;
+    const auto next_checkpoint = [&source](const char* at) { return std::min(at + tick_bytes, source.safe_end()); };
+    const char* checkpoint = next_checkpoint(p);
+    const char* cut = source.cut();
 
     for (;;) {
         while (is_space(*p)) {
             ++p;
         }
-        if (p >= checkpoint) [[unlikely]] {
+        if (p >= checkpoint && p < source.end) [[unlikely]] {
             tick(source, p);
-            checkpoint = p + tick_bytes;
+            source.need(p);
+            checkpoint = next_checkpoint(p);
+            cut = source.cut();
+            continue;
         }
         Decimal number;
         const char* behind = parse_decimal(p, number);
+        if (behind >= cut) [[unlikely]] {
+            need_whole(source, p, behind);
+        }
         if (behind != p) [[likely]] {
             Value value{};
             if (is_token_end(behind)) [[likely]] {
@@ -145,7 +178,7 @@ Outcome Reader::read_values(const Keyword& keyword, const char* p, std::vector<t
                 if (count < room) [[likely]] {
                     out[count] = value;
                 } else if (count < limit) {
-                    make_room(std::min(limit, std::max(count + 1, room + room / 2)));
+                    make_room(std::min(limit, count + step));
                     out = values.data();
                     out[count] = value;
                 } else if (outcome.surplus == nullptr) {
@@ -187,7 +220,7 @@ Outcome Reader::read_values(const Keyword& keyword, const char* p, std::vector<t
                 outcome.surplus = p;
             }
             if (count + stored > room) {
-                make_room(std::min(limit, std::max(count + stored, room + room / 2)));
+                make_room(count + stored);
                 out = values.data();
             }
             for (std::uint64_t done = 0; done < stored;) {
@@ -379,25 +412,18 @@ const char* Reader::read_tops(const Keyword& keyword)
     if (outcome.defaults > 0) {
         fail(*keyword.source, keyword.start, keyword.name + ": " + value_count(outcome.defaults) + " left out (n*), expected numbers");
     }
-    tops_.clear();
-    std::visit(
-        [this](const auto& values) {
-            tops_.reserve(values.size());
-            for (const auto value : values) {
-                if constexpr (std::is_same_v<decltype(value), const float>) {
-                    tops_.push_back(decimal_double(value));
-                } else {
-                    tops_.push_back(value);
-                }
-            }
-        },
-        tops);
     if (outcome.count == cells) {
         PropertyData property;
         property.name = keyword.name;
-        std::visit([&property](auto&& values) { property.values = std::move(values); }, std::move(tops));
+        std::visit(
+            [&](const auto& values) {
+                claim(keyword, values.size() * sizeof(values[0]));
+                property.values = values;
+            },
+            tops);
         model.properties.push_back(std::move(property));
     }
+    tops_ = std::move(tops);
     return end;
 }
 

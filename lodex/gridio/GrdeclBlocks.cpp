@@ -17,32 +17,49 @@ RealArray narrowed(std::vector<double> values)
     return std::vector<float>(values.begin(), values.end());
 }
 
+/// Numbers of a text, given as what the text says: 32-bit ones stand for their decimals. Remembers the last one, since
+/// neighbours tend to be the same.
+class Decimals {
+public:
+    Decimals() = default;
+    explicit Decimals(const std::vector<float>& values) : floats_(&values) {}
+    explicit Decimals(const std::vector<double>& values) : doubles_(&values) {}
+    explicit Decimals(const std::vector<std::int32_t>& values) : integers_(&values) {}
+
+    [[nodiscard]] double operator[](std::size_t i) const
+    {
+        if (doubles_ != nullptr) {
+            return (*doubles_)[i];
+        }
+        if (integers_ != nullptr) {
+            return (*integers_)[i];
+        }
+        if (const float value = (*floats_)[i]; value != last_ || !known_) {
+            last_ = value;
+            decimal_ = decimal_double(value);
+            known_ = true;
+        }
+        return decimal_;
+    }
+
+private:
+    const std::vector<float>* floats_ = nullptr;
+    const std::vector<double>* doubles_ = nullptr;
+    const std::vector<std::int32_t>* integers_ = nullptr;
+    mutable float last_ = 0;
+    mutable double decimal_ = 0;
+    mutable bool known_ = false;
+};
+
 /// One number per cell, or the same for all cells along two axes.
 class BlockSizes {
 public:
-    BlockSizes(const PropertyData* cells, const std::vector<double>& line, int axis) : line_(&line), axis_(axis)
+    BlockSizes(const PropertyData* cells, const std::vector<double>& line, int axis)
+        : line_(&line), axis_(axis), from_line_(cells == nullptr)
     {
-        if (cells == nullptr) {
-            return;
+        if (cells != nullptr) {
+            values_ = std::visit([](const auto& values) { return Decimals(values); }, cells->values);
         }
-        from_line_ = false;
-        values_ = std::visit(
-            [](const auto& v) {
-                std::vector<double> result(v.size());
-                double last = 0;
-                for (std::size_t i = 0; i < v.size(); ++i) {
-                    if (i == 0 || v[i] != v[i - 1]) {
-                        if constexpr (std::is_same_v<decltype(v[i]), const float&>) {
-                            last = decimal_double(v[i]);
-                        } else {
-                            last = static_cast<double>(v[i]);
-                        }
-                    }
-                    result[i] = last;
-                }
-                return result;
-            },
-            cells->values);
     }
     [[nodiscard]] double at(const GridModel& model, std::int64_t i, std::int64_t j, std::int64_t k) const
     {
@@ -54,10 +71,10 @@ public:
     [[nodiscard]] bool from_line() const { return from_line_; }
 
 private:
-    std::vector<double> values_;
+    Decimals values_;
     const std::vector<double>* line_;
     int axis_;
-    bool from_line_ = true;
+    bool from_line_;
 };
 
 } // namespace
@@ -74,7 +91,7 @@ void Reader::make_block_centred(const std::string& name)
             missing += (missing.empty() ? "" : ", ") + names[axis];
         }
     }
-    if (tops_.empty()) {
+    if (tops_count() == 0) {
         missing += missing.empty() ? "TOPS" : ", TOPS";
     }
     if (!missing.empty()) {
@@ -83,7 +100,8 @@ void Reader::make_block_centred(const std::string& name)
                                      + (arrays_set_by_operations_ ? " (arrays set by EQUALS or COPY do not count)" : ""));
     }
     const auto cells = static_cast<std::uint64_t>(model.cells());
-    const std::uint64_t needed = 32 * cells * sizeof(double);
+    constexpr std::uint64_t depths = 8;
+    const std::uint64_t needed = depths * cells * sizeof(double);
     if (needed > max_bytes_ || claimed_ > max_bytes_ - needed) {
         throw FileError(name, 0, "a grid of " + size_text(model.size) + " cells asks for more memory than the "
                                      + std::to_string(max_bytes_) + " bytes allowed");
@@ -148,34 +166,48 @@ void Reader::make_block_centred(const std::string& name)
         }
     }
 
-    std::vector<double> zcorn(8 * static_cast<std::size_t>(cells));
+    const auto tops = std::visit([](const auto& values) { return Decimals(values); }, tops_);
+    const bool all_tops = tops_count() == static_cast<std::size_t>(cells);
     double shallowest = std::numeric_limits<double>::infinity();
     double deepest = -shallowest;
-    std::vector<double> bottoms(static_cast<std::size_t>(ni * nj));
-    const bool all_tops = tops_.size() == static_cast<std::size_t>(cells);
-    for (std::int64_t k = 0; k < nk; ++k) {
-        for (std::int64_t j = 0; j < nj; ++j) {
-            for (std::int64_t i = 0; i < ni; ++i) {
-                const auto column = static_cast<std::size_t>(i + ni * j);
-                const double top = all_tops ? tops_[static_cast<std::size_t>(model.cell_index(i, j, k))]
-                    : k == 0                ? tops_[column]
-                                            : bottoms[column];
-                const double bottom = static_cast<double>(static_cast<long double>(top) + dz.at(model, i, j, k));
-                bottoms[column] = bottom;
-                for (int corner = 0; corner < 8; ++corner) {
-                    const int a = corner & 1;
-                    const int b = corner >> 1 & 1;
-                    const int c = corner >> 2;
-                    zcorn[static_cast<std::size_t>((2 * k + c) * 4 * nj * ni + (2 * j + b) * 2 * ni + 2 * i + a)] =
-                        c == 0 ? top : bottom;
+    // False when the type does not hold a depth exactly.
+    const auto fill = [&]<class Depth>(std::vector<Depth> zcorn) {
+        std::vector<double> bottoms(static_cast<std::size_t>(ni * nj));
+        zcorn.resize(8 * static_cast<std::size_t>(cells));
+        bool exact = true;
+        for (std::int64_t k = 0; k < nk && exact; ++k) {
+            for (std::int64_t j = 0; j < nj; ++j) {
+                for (std::int64_t i = 0; i < ni; ++i) {
+                    const auto column = static_cast<std::size_t>(i + ni * j);
+                    const double top = all_tops ? tops[static_cast<std::size_t>(model.cell_index(i, j, k))]
+                        : k == 0                ? tops[column]
+                                                : bottoms[column];
+                    const double bottom = static_cast<double>(static_cast<long double>(top) + dz.at(model, i, j, k));
+                    bottoms[column] = bottom;
+                    const std::array<Depth, 2> sides = {static_cast<Depth>(top), static_cast<Depth>(bottom)};
+                    exact = exact && static_cast<double>(sides[0]) == top && static_cast<double>(sides[1]) == bottom;
+                    for (std::int64_t c = 0; c < 2; ++c) {
+                        for (std::int64_t b = 0; b < 2; ++b) {
+                            const auto at =
+                                static_cast<std::size_t>((2 * k + c) * 4 * nj * ni + (2 * j + b) * 2 * ni + 2 * i);
+                            zcorn[at] = zcorn[at + 1] = sides[static_cast<std::size_t>(c)];
+                        }
+                    }
+                    shallowest = std::min({shallowest, top, bottom});
+                    deepest = std::max({deepest, top, bottom});
                 }
-                shallowest = std::min({shallowest, top, bottom});
-                deepest = std::max({deepest, top, bottom});
+            }
+            if (options_.progress && !options_.progress(progress_)) {
+                throw Cancelled{};
             }
         }
-        if (options_.progress && !options_.progress(progress_)) {
-            throw Cancelled{};
+        if (exact) {
+            model.zcorn = std::move(zcorn);
         }
+        return exact;
+    };
+    if (!fill(std::vector<float>())) {
+        fill(std::vector<double>());
     }
     deepest = deepest > shallowest ? deepest : shallowest + 1; // a pillar needs two ends
     std::vector<double> coord;
@@ -184,7 +216,6 @@ void Reader::make_block_centred(const std::string& name)
         coord.insert(coord.end(), {x[i], y[i], shallowest, x[i], y[i], deepest});
     }
     model.coord = narrowed(std::move(coord));
-    model.zcorn = narrowed(std::move(zcorn));
     log_.add("block-centred geometry",
              {Message::Level::Info, to_utf8(name), 0, "block-centred geometry (DX, DY, DZ, TOPS) is turned into corner points"});
 }

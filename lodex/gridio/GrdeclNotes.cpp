@@ -3,6 +3,7 @@
 #include <lodex/gridio/GrdeclReaderImpl.h>
 
 #include <charconv>
+#include <limits>
 
 namespace lodex::grdecl {
 
@@ -43,22 +44,77 @@ std::vector<Token> Reader::note_tokens(Source& source, const char* at, std::stri
     return tokens;
 }
 
-std::vector<std::string> Reader::note_lines(const Source& source, const char*& p) const
+std::optional<std::string> Reader::note_line(Source& source, const char*& p) const
 {
-    std::vector<std::string> lines;
-    while (p < source.end && *p == '\n'
-           && std::string_view(p + 1, static_cast<std::size_t>(source.end - p - 1)).starts_with(note_line_prefix)) {
-        const char* const start = p + 1 + note_line_prefix.size();
-        p = line_end(source, start);
-        lines.emplace_back(start, p > start && p[-1] == '\r' ? p - 1 : p);
+    source.need(p);
+    if (p >= source.end || *p != '\n'
+        || !std::string_view(p + 1, static_cast<std::size_t>(source.end - p - 1)).starts_with(note_line_prefix)) {
+        return std::nullopt;
     }
-    return lines;
+    const char* const start = p + 1 + note_line_prefix.size();
+    p = line_end(source, start);
+    std::string line = source.text(start, p);
+    if (line.ends_with('\r')) {
+        line.pop_back();
+    }
+    return line;
+}
+
+void Reader::claim_region(RegionNote& note)
+{
+    const auto cells = static_cast<std::uint64_t>(result_.model.cells());
+    if (cells > max_bytes_ - claimed_) {
+        throw FileError(note.file, note.line, "region " + in_quotes(note.region.name)
+                                                  + " asks for more memory than the " + std::to_string(max_bytes_)
+                                                  + " bytes allowed");
+    }
+    claimed_ += cells;
+    note.region.flags.reserve(cells);
+}
+
+bool Reader::read_runs(Source& source, const char*& p, RegionNote& note)
+{
+    constexpr auto most_cells = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t most = size_known_ ? result_.model.cells() : most_cells - 1;
+    std::uint8_t flag = 0;
+    while (const auto line = note_line(source, p)) {
+        const char* q = line->data();
+        const char* const end = q + line->size();
+        while (q < end) {
+            std::int64_t run = 0;
+            const auto [next, error] = std::from_chars(q, end, run);
+            if (error != std::errc{} || run < 0) {
+                if (!is_space(*q)) {
+                    return false;
+                }
+                ++q;
+                continue;
+            }
+            q = next;
+            const bool fits = run <= most - note.cells;
+            note.cells = fits ? note.cells + run : most + 1;
+            if (!fits) {
+                break;
+            }
+            if (!size_known_) {
+                note.runs.push_back(run);
+                continue;
+            }
+            if (note.region.flags.capacity() == 0) {
+                claim_region(note);
+            }
+            note.region.flags.insert(note.region.flags.end(), static_cast<std::size_t>(run), flag);
+            flag ^= 1;
+        }
+        tick(source, p);
+    }
+    return true;
 }
 
 const char* Reader::read_note(Source& source, const char* at)
 {
     const char* p = line_end(source, at);
-    const std::string_view line(at + note_prefix.size(), static_cast<std::size_t>(p - at) - note_prefix.size());
+    const std::string line = source.text(at + note_prefix.size(), p);
     const auto tokens = note_tokens(source, at, line);
     const auto bad = [&](const std::string& expected) {
         warn("comments that do not read", source, at, "comment " + in_quotes(trimmed(line)) + " is passed over, expected "
@@ -131,23 +187,10 @@ const char* Reader::read_note(Source& source, const char* at)
         }
         note.region.name = tokens[1].text;
         note.region.model = is_model != 0;
-        note.source = stack_.back();
+        note.file = source.shown;
         note.line = source.line_of(at);
-        for (const std::string& text : note_lines(source, p)) {
-            const char* q = text.data();
-            const char* const end = q + text.size();
-            while (q < end) {
-                std::int64_t run = 0;
-                const auto [next, error] = std::from_chars(q, end, run);
-                if (error == std::errc{} && run >= 0) {
-                    note.runs.push_back(run);
-                    q = next;
-                } else if (is_space(*q)) {
-                    ++q;
-                } else {
-                    return bad("run lengths");
-                }
-            }
+        if (!read_runs(source, p, note)) {
+            return bad("run lengths");
         }
         regions_.push_back(std::move(note));
     } else if (kind == "FROM") {
@@ -164,14 +207,16 @@ const char* Reader::read_note(Source& source, const char* at)
         kept.name = tokens[1].text;
         kept.file = tokens[2].text;
         bool first = true;
-        for (const std::string& text : note_lines(source, p)) {
+        while (const auto text = note_line(source, p)) {
             kept.text += first ? "" : "\n";
             first = false;
-            const auto parts = note_tokens(source, at, '"' + text + '"');
+            const auto parts = note_tokens(source, at, '"' + *text + '"');
             kept.text += parts.empty() ? "" : parts.front().text;
         }
         model.kept.push_back(std::move(kept));
-    } else if (kind != "GRID") {
+    } else if (kind == "GRID") {
+        own_ = true;
+    } else {
         return bad("one of those that this program writes");
     }
     return p;

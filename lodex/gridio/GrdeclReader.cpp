@@ -1,14 +1,10 @@
 #include <lodex/gridio/GrdeclReaderImpl.h>
 
+#include <lodex/gridio/RecordGrid.h>
 #include <lodex/gridio/TextNumbers.h>
 #include <lodex/utils/Memory.h>
 
-#include <cerrno>
-#include <fcntl.h>
-#include <new>
-#include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace lodex::grdecl {
 
@@ -20,8 +16,8 @@ constexpr std::int64_t most_cells = 1'000'000'000'000;
 
 } // namespace
 
-Reader::Reader(const ReadOptions& options)
-    : options_(options), max_bytes_(options.max_bytes > 0 ? options.max_bytes : model_memory_limit())
+Reader::Reader(const ReadOptions& options, const TextWindow& window)
+    : options_(options), window_(window), max_bytes_(options.max_bytes > 0 ? options.max_bytes : model_memory_limit())
 {
     if (options.size) {
         result_.model.size = *options.size;
@@ -32,103 +28,46 @@ Reader::Reader(const ReadOptions& options)
 ReadResult Reader::read_file(const std::filesystem::path& path)
 {
     root_folder_ = path.parent_path();
-    push(load(path, path.string(), path.filename().string(), ""));
+    push(load(path, path.string(), path.filename().string()));
     return run(path.string());
 }
 
 ReadResult Reader::read_text(std::string_view text, const std::filesystem::path& name)
 {
     root_folder_ = name.parent_path();
-    auto source = std::make_shared<Source>();
-    source->shown = name.string();
+    auto source = std::make_shared<Source>(text, name.string());
     source->folder = root_folder_;
     source->kept_name = name.filename().string();
-    source->storage = make_text_buffer(text.size() + text_padding);
-    if (!source->storage) {
-        throw std::bad_alloc();
-    }
-    std::copy(text.begin(), text.end(), source->storage.get());
-    std::memset(source->storage.get() + text.size(), 0, text_padding);
-    source->begin = source->storage.get();
-    source->end = source->begin + text.size();
-    source->start();
     total_bytes_ += text.size();
     push(std::move(source));
     return run(name.string());
 }
 
-std::shared_ptr<Source> Reader::load(const std::filesystem::path& path, std::string shown, std::string kept_name,
-                                     const std::string& context)
+std::shared_ptr<Source> Reader::load(const std::filesystem::path& path, std::string shown, std::string kept_name)
 {
-    const auto failed = [&](const std::string& reason) { return FileError(shown, 0, context + reason); };
-    const auto system = [](int error) { return std::generic_category().message(error); };
-    // Not blocking: a named pipe would otherwise wait for a writer.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        throw failed("cannot be read: " + system(errno));
-    }
-    struct Closer {
-        int descriptor;
-        ~Closer() { ::close(descriptor); }
-    } closer{descriptor};
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0) {
-        throw failed("cannot be read: " + system(errno));
-    }
-    if (!S_ISREG(status.st_mode)) {
-        throw failed(S_ISDIR(status.st_mode) ? "is a folder, expected a file" : "is not a regular file");
-    }
-    const auto size = static_cast<std::size_t>(status.st_size);
-    auto source = std::make_shared<Source>();
-    source->device = status.st_dev;
-    source->node = status.st_ino;
-    for (const auto& open : stack_) {
-        if (open->device == source->device && open->node == source->node) {
-            throw failed("includes itself");
-        }
-    }
-    source->storage = make_text_buffer(size + text_padding);
-    if (!source->storage) {
-        throw failed("does not fit into memory (" + std::to_string(size) + " bytes)");
-    }
-    std::size_t count = 0;
-    constexpr std::size_t piece = 8 * 1024 * 1024;
-    for (;;) {
-        // One byte more than the size shows a file that grows.
-        const std::size_t wanted = std::min(piece, size + 1 - count);
-        const ssize_t got = ::read(descriptor, source->storage.get() + count, wanted);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got < 0) {
-            throw failed("cannot be read: " + system(errno));
-        }
-        if (got == 0) {
-            break;
-        }
-        count += static_cast<std::size_t>(got);
-        if (count > size) {
-            break;
-        }
+    auto source = std::make_shared<Source>(path, std::move(shown), window_, [this] {
         if (options_.progress && !options_.progress(progress_)) {
             throw Cancelled{};
         }
+    });
+    for (const auto& open : stack_) {
+        if (open->device == source->device && open->node == source->node) {
+            throw FileError(source->shown, 0, "includes itself");
+        }
     }
-    if (count != size) {
-        throw failed("changed while it was read (" + std::to_string(size) + " bytes at first, then "
-                     + (count < size ? std::to_string(count) : "more") + ")");
-    }
-    std::memset(source->storage.get() + size, 0, text_padding);
-    source->begin = source->storage.get();
-    source->end = source->begin + size;
-    source->shown = std::move(shown);
     source->kept_name = std::move(kept_name);
-    source->folder = path.parent_path();
-    source->start();
+    const auto size = static_cast<std::uint64_t>(source->end - source->begin);
     total_bytes_ += size;
     result_.files.push_back(path);
     result_.bytes += size;
     return source;
+}
+
+void Reader::check_unchanged(const Source& source) const
+{
+    if (const auto what = source.change()) {
+        throw FileError(source.shown, 0, *what);
+    }
 }
 
 ReadResult Reader::run(const std::string& name)
@@ -140,6 +79,7 @@ ReadResult Reader::run(const std::string& name)
             handle(keyword);
             tick(*keyword.source, keyword.source->pos);
         } else {
+            check_unchanged(*keyword.source);
             finished_bytes_ += static_cast<std::uint64_t>(keyword.source->end - keyword.source->begin);
             stack_.pop_back();
         }
@@ -245,7 +185,7 @@ void Reader::keep(const Keyword& keyword, const char* end, bool quiet)
     Source& source = *keyword.source;
     KeptKeyword kept;
     kept.name = keyword.name;
-    kept.text.assign(keyword.after, end);
+    source.append_text(kept.text, keyword.after, end);
     kept.file = source.kept_name;
     kept.line = source.line_of(keyword.start);
     if (from_) {
@@ -268,7 +208,7 @@ void Reader::keep_rest(const Keyword& keyword)
     keep(keyword, source.end, true);
     source.pos = source.end;
     for (auto open = stack_.rbegin() + 1; open < stack_.rend(); ++open) {
-        result_.model.kept.back().text.append((*open)->pos, (*open)->end);
+        (*open)->append_text(result_.model.kept.back().text, (*open)->pos, (*open)->end);
     }
     stopped_ = true;
 }
@@ -286,6 +226,7 @@ void Reader::include(const Keyword& keyword)
         while (p < source.end && !is_space(*p) && *p != '\0') {
             ++p;
         }
+        need_whole(source, start, p);
         text.assign(start, p);
         if (text.size() > 1 && text.back() == '/') {
             text.pop_back();
@@ -350,7 +291,7 @@ void Reader::include(const Keyword& keyword)
         }
     }
     try {
-        push(load(found, found.string(), kept_name, ""));
+        push(load(found, found.string(), kept_name));
     } catch (const FileError& error) {
         fail(source, keyword.start, "INCLUDE " + in_quotes(text) + ": " + error.reason());
     }
@@ -413,6 +354,7 @@ void Reader::set_size(const Keyword& keyword, const GridSize& size)
             keep(entry.keyword, data_end(entry.keyword, info), false);
         }
         entry.keyword.source->pos = pos;
+        check_unchanged(*entry.keyword.source);
     }
     section_ = section;
     note_.reset();
@@ -480,7 +422,7 @@ void Reader::read_faults(const Keyword& keyword)
                                            + " for the face, expected X, Y, Z or I, J, K, with - or + behind it");
         }
         result_.model.faults.push_back(std::move(segment));
-        fault_places_.push_back({keyword.source, start});
+        fault_places_.push_back({source.shown, source.line_of(start)});
         end = line_end(source, end);
         tick(source, end);
     }
@@ -523,14 +465,14 @@ void Reader::finish(const std::string& name)
         throw FileError(name, 0, "no grid in this file, expected SPECGRID or DIMENS");
     }
     if (!options_.properties_only) {
-        const bool blocks = !tops_.empty();
+        const bool blocks = tops_count() > 0;
         if (has_coord_ != has_zcorn_) {
             throw FileError(name, 0, std::string(has_coord_ ? "COORD without ZCORN" : "ZCORN without COORD")
                                          + ", expected both");
         }
         if (!has_coord_) {
             make_block_centred(name);
-        } else if (blocks && tops_.size() != static_cast<std::size_t>(model.cells())) {
+        } else if (blocks && tops_count() != static_cast<std::size_t>(model.cells())) {
             log_.add("unused geometry", {Message::Level::Warning, to_utf8(name), 0,
                                          "TOPS is not used: the file has COORD and ZCORN"});
         }
@@ -538,8 +480,28 @@ void Reader::finish(const std::string& name)
             model.active.assign(static_cast<std::size_t>(model.cells()), 1);
         }
     }
+    state_units();
     check_faults();
     check_notes(name);
+}
+
+void Reader::state_units()
+{
+    using records::UnitSystem;
+    UnitSystem system = UnitSystem::Unknown;
+    for (const KeptKeyword& keyword : result_.model.kept) {
+        const std::string word = upper(keyword.name);
+        system = word == "METRIC" ? UnitSystem::Metric
+            : word == "FIELD"     ? UnitSystem::Field
+            : word == "LAB"       ? UnitSystem::Laboratory
+            : word == "PVT-M"     ? UnitSystem::PvtMetric
+                                  : system;
+    }
+    for (PropertyData& property : result_.model.properties) {
+        if (!own_ && property.unit.empty() && !property.on_points) {
+            property.unit = records::unit_of(upper(property.name), system);
+        }
+    }
 }
 
 void Reader::check_faults()
@@ -551,8 +513,9 @@ void Reader::check_faults()
         for (std::size_t axis = 0; axis < 3; ++axis) {
             const auto [first, last] = *ranges[axis];
             if (first > last || last >= model.size[axis]) {
-                fail(*fault_places_[i].source, fault_places_[i].at,
-                     "FAULTS: " + std::string(1, "IJK"[axis]) + " range " + std::to_string(first + 1) + " to "
+                throw FileError(
+                    fault_places_[i].file, fault_places_[i].line,
+                    "FAULTS: " + std::string(1, "IJK"[axis]) + " range " + std::to_string(first + 1) + " to "
                          + std::to_string(last + 1) + " of " + in_quotes(fault.name) + ", expected a range within 1 to "
                          + std::to_string(model.size[axis]));
             }
@@ -565,31 +528,21 @@ void Reader::check_notes(const std::string& name)
     GridModel& model = result_.model;
     const std::int64_t cells = model.cells();
     for (RegionNote& note : regions_) {
-        std::int64_t sum = 0;
-        for (const std::int64_t run : note.runs) {
-            sum = run > cells - sum ? cells + 1 : sum + run;
-            if (sum > cells) {
-                break;
-            }
-        }
-        if (sum != cells) {
+        if (note.cells != cells) {
             log_.add("comments that do not read",
-                     {Message::Level::Warning, to_utf8(note.source->shown), note.line,
+                     {Message::Level::Warning, to_utf8(note.file), note.line,
                       "region " + in_quotes(note.region.name) + " is passed over: its runs do not make "
                           + std::to_string(cells) + " cells"});
             continue;
         }
-        if (static_cast<std::uint64_t>(cells) > max_bytes_ - claimed_) {
-            throw FileError(note.source->shown, note.line,
-                            "region " + in_quotes(note.region.name) + " asks for more memory than the "
-                                + std::to_string(max_bytes_) + " bytes allowed");
-        }
-        claimed_ += static_cast<std::uint64_t>(cells);
-        note.region.flags.reserve(static_cast<std::size_t>(cells));
-        std::uint8_t flag = 0;
-        for (const std::int64_t run : note.runs) {
-            note.region.flags.insert(note.region.flags.end(), static_cast<std::size_t>(run), flag);
-            flag ^= 1;
+        if (note.region.flags.empty()) {
+            claim_region(note);
+            std::uint8_t flag = 0;
+            for (const std::int64_t run : note.runs) {
+                note.region.flags.insert(note.region.flags.end(), static_cast<std::size_t>(run), flag);
+                flag ^= 1;
+            }
+            note.runs = {};
         }
         model.regions.push_back(std::move(note.region));
     }
@@ -605,9 +558,9 @@ void Reader::check_notes(const std::string& name)
     }
 }
 
-ReadResult read_file(const std::filesystem::path& path, const ReadOptions& options)
+ReadResult read_file(const std::filesystem::path& path, const ReadOptions& options, const TextWindow& window)
 {
-    return Reader(options).read_file(path);
+    return Reader(options, window).read_file(path);
 }
 
 ReadResult read_text(std::string_view text, const std::filesystem::path& name, const ReadOptions& options)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <lodex/gridio/GrdeclSource.h>
 #include <lodex/gridio/GridFormat.h>
 
 #include <string>
@@ -8,7 +9,8 @@
 namespace lodex::grdecl {
 
 /// Reads a file of grid keywords or a whole deck. See GrdeclFormat for what is understood.
-[[nodiscard]] ReadResult read_file(const std::filesystem::path& path, const ReadOptions& options);
+[[nodiscard]] ReadResult read_file(const std::filesystem::path& path, const ReadOptions& options,
+                                   const TextWindow& window = {});
 
 /// The same from memory. name stands in messages and its folder is where INCLUDE looks.
 [[nodiscard]] ReadResult read_text(std::string_view text, const std::filesystem::path& name, const ReadOptions& options);

@@ -52,6 +52,15 @@ struct Deferred {
 
 using Reals = std::variant<std::vector<float>, std::vector<double>>;
 
+/// A region of a "-- LODEX REGION" comment.
+struct RegionNote {
+    RegionData region;
+    std::vector<std::int64_t> runs; ///< of cells outside and inside in turn; not used where the size was known
+    std::int64_t cells = 0;         ///< of all runs, no more than one beyond the grid's
+    std::string file;
+    std::int64_t line = 0;
+};
+
 enum class Stop { Slash, End, Text, BadRepeat, Misfit, Range };
 
 struct Outcome {
@@ -65,7 +74,7 @@ struct Outcome {
 /// Reads one file with all that it includes. One object for one file.
 class Reader {
 public:
-    explicit Reader(const ReadOptions& options);
+    explicit Reader(const ReadOptions& options, const TextWindow& window = {});
 
     ReadResult read_file(const std::filesystem::path& path);
     ReadResult read_text(std::string_view text, const std::filesystem::path& name);
@@ -73,12 +82,13 @@ public:
 private:
     // --- files -------------------------------------------------------------------------------------------------------
 
-    std::shared_ptr<Source> load(const std::filesystem::path& path, std::string shown, std::string kept_name,
-                                 const std::string& context);
+    std::shared_ptr<Source> load(const std::filesystem::path& path, std::string shown, std::string kept_name);
     void push(std::shared_ptr<Source> source)
     {
         stack_.push_back(std::move(source));
     }
+    /// Throws when the file is not what it was when it was opened.
+    void check_unchanged(const Source& source) const;
     ReadResult run(const std::string& name);
     void include(const Keyword& keyword);
 
@@ -86,7 +96,15 @@ private:
 
     [[noreturn]] void fail(Source& source, const char* at, std::string reason) const
     {
+        check_unchanged(source); // else what it says next is an accident
         throw FileError(source.shown, source.line_of(at), std::move(reason));
+    }
+    /// Throws when the window cut the word off.
+    void need_whole(Source& source, const char* word, const char* after) const
+    {
+        if (after >= source.cut()) {
+            fail(source, word, "a word of more than " + std::to_string(source.reach()) + " characters");
+        }
     }
     [[noreturn]] void fail_binary(Source& source, const char* at) const
     {
@@ -130,6 +148,10 @@ private:
     void read_box(const Keyword& keyword);
     const char* read_active(const Keyword& keyword);
     const char* read_tops(const Keyword& keyword);
+    [[nodiscard]] std::size_t tops_count() const
+    {
+        return std::visit([](const auto& tops) { return tops.size(); }, tops_);
+    }
     const char* read_line(const Keyword& keyword, std::vector<double>& values, int axis);
     const char* read_geometry(const Keyword& keyword, RealArray& array, std::uint64_t expected, const std::string& why);
     /// Reads numbers as a property; null when they are none and shall be kept as text.
@@ -162,27 +184,29 @@ private:
 
     const char* read_note(Source& source, const char* p);
     std::vector<Token> note_tokens(Source& source, const char* at, std::string_view line) const;
-    std::vector<std::string> note_lines(const Source& source, const char*& p) const;
+    /// The next line of the comment, without what marks it; p stands at the end of the line before and moves on.
+    std::optional<std::string> note_line(Source& source, const char*& p) const;
+    /// Run lengths of a region; flags where the size is known already. False when they do not read.
+    bool read_runs(Source& source, const char*& p, RegionNote& note);
 
     // --- the end -----------------------------------------------------------------------------------------------------
 
     void finish(const std::string& name);
     void make_block_centred(const std::string& name);
+    /// Units of the arrays that a simulator knows, where a deck states its system of units.
+    void state_units();
     void check_faults();
     void check_notes(const std::string& name);
+    /// Memory for the flags of a region.
+    void claim_region(RegionNote& note);
 
     struct FaultPlace {
-        std::shared_ptr<Source> source;
-        const char* at;
-    };
-    struct RegionNote {
-        RegionData region;
-        std::vector<std::int64_t> runs;
-        std::shared_ptr<Source> source;
+        std::string file;
         std::int64_t line;
     };
 
     const ReadOptions& options_;
+    TextWindow window_;
     std::uint64_t max_bytes_;
     std::uint64_t claimed_ = 0;
     ReadResult result_;
@@ -200,11 +224,12 @@ private:
     std::vector<Deferred> deferred_;
     bool has_coord_ = false;
     bool has_zcorn_ = false;
-    std::vector<double> tops_; ///< of the top layer or of all cells
+    Reals tops_; ///< of the top layer or of all cells
     std::array<std::vector<double>, 3> lines_; ///< DXV, DYV, DZV
     std::optional<std::array<IndexRange, 3>> box_;
     bool arrays_set_by_operations_ = false;
 
+    bool own_ = false; ///< written by this program, which states the units of properties itself
     std::optional<PropertyNote> note_;
     std::optional<std::pair<std::string, std::int64_t>> from_;
     std::vector<RegionNote> regions_;

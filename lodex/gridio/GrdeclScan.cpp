@@ -11,6 +11,7 @@ bool Reader::next_keyword(Keyword& keyword)
     const char* p = source.pos;
     std::string_view word;
     for (;;) {
+        source.need(p);
         while (is_space(*p)) {
             ++p;
         }
@@ -18,10 +19,12 @@ bool Reader::next_keyword(Keyword& keyword)
             source.pos = source.end;
             return false;
         }
+        if (p >= source.safe_end()) {
+            continue; // blanks up to where the window ends, or close to it
+        }
         if (is_comment(p)) {
-            p = std::string_view(p, static_cast<std::size_t>(source.end - p)).starts_with(note_prefix)
-                ? read_note(source, p)
-                : line_end(source, p);
+            const std::string_view start(p, std::min(note_prefix.size(), static_cast<std::size_t>(source.end - p)));
+            p = start == note_prefix ? read_note(source, p) : line_end(source, p);
             continue;
         }
         if (*p == '\0') {
@@ -42,8 +45,9 @@ bool Reader::next_keyword(Keyword& keyword)
         }
         // Outside the grid's section nothing is interpreted, so nothing need make sense.
         const char* const end = line_end(source, p);
+        constexpr std::ptrdiff_t most_shown = 64;
         warn("lines that are no keyword", source, p,
-             in_quotes({p, static_cast<std::size_t>(end - p)}) + " is passed over, expected a keyword");
+             in_quotes(source.text(p, std::min(end, p + most_shown))) + " is passed over, expected a keyword");
         p = end;
     }
     keyword.start = p;
@@ -58,7 +62,11 @@ const char* Reader::read_quoted(Source& source, const char* p, std::string& text
 {
     const char quote = *p;
     const char* const start = p + 1;
-    for (p = start; p < source.end && *p != quote && *p != '\n'; ++p) {
+    const char* const last = std::min(source.cut(), source.end);
+    for (p = start; p < last && *p != quote && *p != '\n'; ++p) {
+    }
+    if (p < source.end && p == last) {
+        fail(source, start - 1, "a text in quotes of more than " + std::to_string(source.reach()) + " characters");
     }
     if (p >= source.end || *p != quote) {
         fail(source, start - 1, "the quote before " + in_quotes(std::string_view(start, static_cast<std::size_t>(p - start)))
@@ -106,6 +114,7 @@ std::vector<Token> Reader::read_record(const Keyword& keyword, const char*& end)
                 }
                 token.text = std::string(word);
                 p += word.size();
+                need_whole(source, token.at, p);
             }
         }
         if (repeat == 0 || repeat > most_tokens || tokens.size() + repeat > most_tokens) {
@@ -160,10 +169,7 @@ const char* Reader::records_end(const Keyword& keyword)
             if (open) {
                 warn("keywords without a closing '/'", source, keyword.start,
                      keyword.name + ": the file ends before the closing '/'");
-                kept = source.end;
-                while (kept > keyword.after && is_space(kept[-1])) {
-                    --kept;
-                }
+                kept = source.without_blanks(keyword.after, source.end);
             }
             return kept;
         }
@@ -180,10 +186,7 @@ const char* Reader::records_end(const Keyword& keyword)
             if (open) {
                 warn("keywords without a closing '/'", source, p,
                      keyword.name + ": found keyword " + in_quotes(word_at(p)) + " before the closing '/'");
-                kept = p;
-                while (kept > keyword.after && is_space(kept[-1])) {
-                    --kept;
-                }
+                kept = source.without_blanks(keyword.after, p);
             }
             return kept;
         }
@@ -210,10 +213,7 @@ const char* Reader::list_end(const Keyword& keyword)
             warn("keywords without a closing '/'", source, keyword.start,
                  keyword.name + ": the list is not closed by a '/' of its own");
             if (open) {
-                kept = p;
-                while (kept > keyword.after && is_space(kept[-1])) {
-                    --kept;
-                }
+                kept = source.without_blanks(keyword.after, p);
             }
             return kept;
         }

@@ -1,56 +1,24 @@
 #include <lodex/gridio/GrdeclText.h>
 
-#include <lodex/gridio/FileError.h>
+#include <lodex/utils/FileError.h>
 #include <lodex/gridio/GrdeclKeywords.h>
 #include <lodex/gridio/TextNumbers.h>
 
-#include <sys/mman.h>
-
 namespace lodex::grdecl {
 
-TextBuffer make_text_buffer(std::size_t bytes)
+bool first_on_line(Source& source, const char* p)
 {
-    constexpr std::size_t large_page = 2 * 1024 * 1024;
-    if (bytes < 2 * large_page) {
-        return TextBuffer(static_cast<char*>(std::malloc(bytes)));
-    }
-    const std::size_t rounded = (bytes + large_page - 1) / large_page * large_page;
-    TextBuffer buffer(static_cast<char*>(std::aligned_alloc(large_page, rounded)));
-    if (buffer) {
-        [[maybe_unused]] const int result = ::madvise(buffer.get(), rounded, MADV_HUGEPAGE);
-    }
-    return buffer;
-}
-
-std::int64_t Source::line_of(const char* p)
-{
-    if (p < counted_to_) {
-        counted_to_ = begin;
-        lines_ = 1;
-    }
-    lines_ += std::count(counted_to_, p, '\n');
-    counted_to_ = p;
-    return lines_;
-}
-
-void Source::start()
-{
-    counted_to_ = begin;
-    pos = begin;
-    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-    if (std::string_view(begin, end).starts_with(byte_order_mark)) {
-        pos += byte_order_mark.size();
-    }
-}
-
-bool first_on_line(const Source& source, const char* p)
-{
-    while (p > source.begin && p[-1] != '\n') {
-        if (!is_space(*--p)) {
-            return false;
+    const char* before = p;
+    bool first = true;
+    while (first && before > source.begin) {
+        source.need(before - 1);
+        if (before[-1] == '\n') {
+            break;
         }
+        first = is_space(*--before);
     }
-    return true;
+    source.need(p);
+    return first;
 }
 
 std::string_view word_at(const char* p)
@@ -62,15 +30,18 @@ std::string_view word_at(const char* p)
     return {start, static_cast<std::size_t>(p - start)};
 }
 
-bool alone_on_line(const Source& source, const char* after)
+bool alone_on_line(Source& source, const char* after)
 {
-    while (after < source.end && *after != '\n' && is_space(*after)) {
-        ++after;
+    const char* p = after;
+    for (source.need(p); p < source.end && *p != '\n' && is_space(*p); source.need(p)) {
+        ++p;
     }
-    return after >= source.end || *after == '\n' || is_comment(after);
+    const bool alone = p >= source.end || *p == '\n' || is_comment(p);
+    source.need(after);
+    return alone;
 }
 
-bool keyword_begins(const Source& source, const char* p, bool known_only)
+bool keyword_begins(Source& source, const char* p, bool known_only)
 {
     if (!((*p >= 'A' && *p <= 'Z') || (*p >= 'a' && *p <= 'z')) || !first_on_line(source, p)) {
         return false;
@@ -86,7 +57,9 @@ bool keyword_begins(const Source& source, const char* p, bool known_only)
     }
     // Names of arrays are data of some keywords; with a number behind them they are keywords themselves.
     const char* const next = skip_space(source, after);
-    return !known_only && info.known && (!info.cell_array || text_numbers::is_digit(*next) || *next == '-' || *next == '.');
+    const bool number = text_numbers::is_digit(*next) || *next == '-' || *next == '.';
+    source.need(p);
+    return !known_only && info.known && (!info.cell_array || number);
 }
 
 std::string in_quotes(std::string_view text)

@@ -1,51 +1,15 @@
 #pragma once
 
+#include <lodex/gridio/GrdeclSource.h>
 #include <lodex/volumes/model/GridModel.h>
 #include <lodex/volumes/model/GridText.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <sys/types.h>
 
 namespace lodex::grdecl {
-
-inline constexpr std::size_t text_padding = 64; ///< readable zero bytes behind a text
-
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-using TextBuffer = std::unique_ptr<char[], FreeText>;
-
-/// Memory for a text, not cleared; null when there is not enough. Large texts lie on large pages where the system has
-/// them: on small ones the page faults cost as much as the copying.
-[[nodiscard]] TextBuffer make_text_buffer(std::size_t bytes);
-
-/// One text in memory: a file, or what the caller gave.
-struct Source {
-    std::string shown;     ///< for messages
-    std::filesystem::path folder;
-    std::string kept_name; ///< for KeptKeyword::file
-    TextBuffer storage;
-    const char* begin = nullptr;
-    const char* end = nullptr; ///< text_padding zero bytes follow
-    const char* pos = nullptr;
-    dev_t device = 0;
-    ino_t node = 0;
-
-    /// 1-based; cheap when asked for places one behind the other.
-    [[nodiscard]] std::int64_t line_of(const char* p);
-    /// To be called once begin and end are set.
-    void start();
-
-private:
-    const char* counted_to_ = nullptr;
-    std::int64_t lines_ = 1;
-};
 
 inline bool is_space(char c)
 {
@@ -63,19 +27,35 @@ inline bool is_token_end(const char* p)
     return is_space(*p) || *p == '/' || *p == '\0' || is_comment(p);
 }
 
-inline const char* line_end(const Source& source, const char* p)
-{
-    const auto* const found =
-        static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(source.end - p)));
-    return found == nullptr ? source.end : found;
-}
-
-/// The next character that is neither space nor comment, or the end.
-inline const char* skip_space(const Source& source, const char* p)
+/// The end of the line or of the text; the window is there then.
+inline const char* line_end(Source& source, const char* p)
 {
     for (;;) {
+        source.need(p);
+        const char* const cut = std::min(source.cut(), source.end);
+        if (p >= cut) {
+            return source.end;
+        }
+        const auto* const found = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(cut - p)));
+        if (found != nullptr || cut == source.end) {
+            p = found == nullptr ? source.end : found;
+            source.need(p);
+            return p;
+        }
+        p = cut;
+    }
+}
+
+/// The next character that is neither space nor comment, or the end; the window is there then.
+inline const char* skip_space(Source& source, const char* p)
+{
+    for (;;) {
+        source.need(p);
         while (is_space(*p)) {
             ++p;
+        }
+        if (p >= source.safe_end() && p < source.end) [[unlikely]] {
+            continue; // blanks up to where the window ends, or close to it
         }
         if (!is_comment(p)) {
             return std::min(p, source.end);
@@ -84,14 +64,15 @@ inline const char* skip_space(const Source& source, const char* p)
     }
 }
 
-[[nodiscard]] bool first_on_line(const Source& source, const char* p);
+[[nodiscard]] bool first_on_line(Source& source, const char* p);
 
+/// Not longer than Source::reach() where the window does not go to the end of the text.
 [[nodiscard]] std::string_view word_at(const char* p);
 
-[[nodiscard]] bool alone_on_line(const Source& source, const char* after);
+[[nodiscard]] bool alone_on_line(Source& source, const char* after);
 
 /// True when a keyword begins at p: a word of its form, the first on its line, and alone there or a known one.
-[[nodiscard]] bool keyword_begins(const Source& source, const char* p, bool known_only);
+[[nodiscard]] bool keyword_begins(Source& source, const char* p, bool known_only);
 
 /// Text from a file for a message: in quotes, on one line, not too long.
 [[nodiscard]] std::string in_quotes(std::string_view text);

@@ -1,6 +1,6 @@
 #include <lodex/gridio/GrdeclWriter.h>
 
-#include <lodex/gridio/AtomicFile.h>
+#include <lodex/utils/AtomicFile.h>
 #include <lodex/gridio/GrdeclKeywords.h>
 #include <lodex/gridio/GrdeclReader.h>
 #include <lodex/gridio/GrdeclText.h>

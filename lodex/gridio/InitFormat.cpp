@@ -2,6 +2,7 @@
 
 #include <lodex/gridio/EgridFormat.h>
 #include <lodex/gridio/OldGridFormat.h>
+#include <lodex/volumes/model/ParallelBlocks.h>
 
 #include <algorithm>
 #include <array>
@@ -324,10 +325,10 @@ ReadResult read_with_init(const Source& grid, const std::optional<Source>& init,
     result.bytes = grid_bytes + init_bytes;
     const double share = static_cast<double>(grid_bytes) / static_cast<double>(result.bytes);
 
-    const bool dual_porosity = read_grid(part_of(options.progress, 0, share), budget, log, result.model);
+    const bool dual_porosity = read_grid(partial_progress(options.progress, 0, share), budget, log, result.model);
     if (init) {
         const InitGrid wanted{result.model.size, result.model.active, dual_porosity, true};
-        InitContent content = read_init(*init, wanted, part_of(options.progress, share, 1), budget, log);
+        InitContent content = read_init(*init, wanted, partial_progress(options.progress, share, 1), budget, log);
         result.model.properties = std::move(content.properties);
         result.files.push_back(init->path);
     }
@@ -378,14 +379,6 @@ std::optional<std::filesystem::path> find_init(const std::filesystem::path& grid
     const std::array<std::string_view, 2> endings = formatted ? std::array<std::string_view, 2>{".FINIT", ".INIT"}
                                                               : std::array<std::string_view, 2>{".INIT", ".FINIT"};
     return find_beside(grid, endings);
-}
-
-ProgressCheck part_of(const ProgressCheck& progress, double from, double to)
-{
-    if (!progress) {
-        return {};
-    }
-    return [&progress, from, to](double done) { return progress(from + (to - from) * done); };
 }
 
 } // namespace records

@@ -66,9 +66,6 @@ using GridReading = std::function<bool(ProgressCheck progress, MemoryBudget& bud
 /// The INIT or FINIT beside a grid file; the one that is text when the grid is, where both are there.
 [[nodiscard]] std::optional<std::filesystem::path> find_init(const std::filesystem::path& grid, bool formatted);
 
-/// The progress of one file out of several: `from` to `to` of the whole.
-[[nodiscard]] ProgressCheck part_of(const ProgressCheck& progress, double from, double to);
-
 } // namespace records
 
 } // namespace lodex

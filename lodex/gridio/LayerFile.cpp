@@ -1,6 +1,6 @@
 #include "LayerFile.h"
 
-#include "FileError.h"
+#include <lodex/utils/FileError.h>
 #include "lodex/utils/Numbers.h"
 
 #include <algorithm>

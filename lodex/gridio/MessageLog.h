@@ -1,6 +1,6 @@
 #pragma once
 
-#include <lodex/gridio/FileError.h>
+#include <lodex/utils/FileError.h>
 
 #include <map>
 #include <string>

@@ -34,7 +34,13 @@ public:
     void read(GridModel& model)
     {
         model_ = &model;
-        while (const auto header = reader_->next()) {
+        for (;;) {
+            while (read_usual_cell()) {
+            }
+            const auto header = reader_->next();
+            if (!header) {
+                break;
+            }
             read_record(*header);
         }
         if (!size_known_) {
@@ -68,26 +74,23 @@ private:
         if (cell_ && header.name != "CORNERS") {
             reader_->fail("stands where the CORNERS of cell " + cell_text(*cell_) + " are expected");
         }
-        if (header.name == "LGR" || (header.name == "DIMENS" && size_known_ && listed_ > 0)) {
-            refinements_ += static_cast<std::uint64_t>(!in_refinement_);
-            in_refinement_ = true;
-        } else if (header.name == "ENDLGR") {
-            in_refinement_ = false;
-        } else if (in_refinement_) {
+        if (header.name == "DIMENS" && listed_ > 0) {
+            refinements_.begin(); // without an "LGR" before it
+        }
+        if (refinements_.take(header)) {
             return;
-        } else if (header.name == "COORDS") {
+        }
+        if (header.name == "COORDS") {
             read_cell(header);
         } else if (header.name == "CORNERS") {
             read_corners(header);
         } else if (header.name == "DIMENS") {
             read_size(header);
-        } else if (header.name == "NNC1") {
-            connections_ += header.count;
         } else if (header.name == "RADIAL" && header.type == Type::String && header.count == 1) {
             if (reader_->read_strings().front().starts_with('T')) {
                 reader_->fail("states radial coordinates, expected Cartesian ones");
             }
-        } else if (!header.name.starts_with("NN") && !read_frame(*reader_, header, model_->frame, log_)) {
+        } else if (!read_frame(*reader_, header, model_->frame, log_)) {
             passed_.add(header);
         }
     }
@@ -132,6 +135,32 @@ private:
         }
         std::array<std::int32_t, cell_items> items{};
         const std::size_t count = reader_->read(std::span<std::int32_t>(items));
+        usual_.emplace("COORDS", Type::Integer, count);
+        begin_cell(items, count);
+    }
+
+    /// A cell as most are: COORDS and CORNERS like those of the cell before, one behind the other. False when something
+    /// else comes, which the general way reads.
+    bool read_usual_cell()
+    {
+        if (!usual_ || refinements_.inside() || cell_) {
+            return false;
+        }
+        std::array<std::int32_t, cell_items> items{};
+        if (!reader_->read_usual(*usual_, std::span<std::int32_t>(items).first(usual_->count()))) {
+            return false;
+        }
+        begin_cell(items, usual_->count());
+        std::array<float, corner_numbers> numbers;
+        if (!reader_->read_usual(usual_corners_, std::span<float>(numbers))) {
+            return false;
+        }
+        put_corners(numbers);
+        return true;
+    }
+
+    void begin_cell(const std::array<std::int32_t, cell_items>& items, std::size_t count)
+    {
         GridSize cell{};
         for (std::size_t axis = 0; axis < 3; ++axis) {
             cell[axis] = std::int64_t{items[axis]} - 1;
@@ -159,13 +188,18 @@ private:
             reader_->fail("is " + std::to_string(header.count) + " values of type " + header.type_name
                           + ", expected 24 of type REAL");
         }
+        std::array<float, corner_numbers> numbers;
+        reader_->read(std::span<float>(numbers));
+        put_corners(numbers);
+    }
+
+    void put_corners(const std::array<float, corner_numbers>& numbers)
+    {
         const GridSize cell = *cell_;
         cell_.reset();
         if (options_.properties_only) {
             return;
         }
-        std::array<float, corner_numbers> numbers;
-        reader_->read(std::span<float>(numbers));
         for (std::size_t corner = 0; corner < 8; ++corner) {
             const float* const point = numbers.data() + 3 * corner;
             if (!std::isfinite(point[0]) || !std::isfinite(point[1]) || !std::isfinite(point[2])) {
@@ -342,11 +376,7 @@ private:
                     + " corner points do not stand on a straight pillar; the largest distance is " + text
                     + "; the pillars run from the highest to the deepest point");
         }
-        if (refinements_ > 0 || connections_ > 0) {
-            add(Message::Level::Info, "things left out",
-                "left out: " + std::to_string(refinements_) + " local refinements, " + std::to_string(connections_)
-                    + " connections of cells that are no neighbours");
-        }
+        refinements_.tell(log_, reader_->file());
         passed_.tell(log_, reader_->file(), "not part of the grid");
     }
 
@@ -356,7 +386,8 @@ private:
     std::unique_ptr<Reader> reader_;
     GridModel* model_ = nullptr;
     bool size_known_ = false;
-    bool in_refinement_ = false;
+    std::optional<UsualArray> usual_; ///< COORDS as the last ones were
+    const UsualArray usual_corners_{"CORNERS", Type::Real, corner_numbers};
     std::optional<GridSize> cell_; ///< whose corners come next, 0-based
     std::size_t index_ = 0;
     std::size_t listed_ = 0;
@@ -366,8 +397,7 @@ private:
     std::vector<float> zcorn_;
     std::uint64_t points_off_ = 0;
     double largest_off_ = 0;
-    std::uint64_t refinements_ = 0;
-    std::uint64_t connections_ = 0;
+    Refinements refinements_;
     PassedOver passed_;
 };
 

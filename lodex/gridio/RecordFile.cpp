@@ -558,6 +558,50 @@ template std::size_t Reader::read(std::span<float>);
 template std::size_t Reader::read(std::span<double>);
 template std::size_t Reader::read(std::span<std::int32_t>);
 
+UsualArray::UsualArray(std::string_view name, Type type, std::size_t count) : name_(name), count_(count)
+{
+    constexpr std::size_t value_bytes = 4;
+    assert(name.size() <= name_bytes && count <= values_per_block && (type == Type::Integer || type == Type::Real));
+    for (const bool little : {false, true}) {
+        auto& head = heads_[little ? 1 : 0];
+        const auto put = [&head, little](std::size_t at, std::size_t value) {
+            const bool native = little == (std::endian::native == std::endian::little);
+            const auto bits = static_cast<std::uint32_t>(value);
+            const std::uint32_t ordered = native ? bits : swapped(bits);
+            std::memcpy(head.data() + at, &ordered, sizeof ordered);
+        };
+        head.fill(' ');
+        put(0, header_bytes);
+        std::copy(name.begin(), name.end(), head.begin() + length_bytes);
+        put(length_bytes + name_bytes, count);
+        std::memcpy(head.data() + 2 * length_bytes + name_bytes, type == Type::Integer ? "INTE" : "REAL", type_bytes);
+        put(length_bytes + header_bytes, header_bytes);
+        put(head_bytes - length_bytes, count * value_bytes);
+    }
+}
+
+template <class T> bool Reader::read_usual(const UsualArray& array, std::span<T> values)
+{
+    const std::size_t bytes = values.size() * sizeof(T);
+    const auto& head = array.heads_[little_endian_ ? 1 : 0];
+    if (formatted_ || left_ > 0 || !need(head.size() + bytes + length_bytes)
+        || std::memcmp(at_, head.data(), head.size()) != 0
+        || std::memcmp(at_ + head.size() + bytes, head.data() + head.size() - length_bytes, length_bytes) != 0) {
+        return false;
+    }
+    header_.name = array.name_;
+    header_.byte = position();
+    header_.count = array.count_;
+    header_.width = sizeof(T);
+    copy_ordered<BitsOf<T>>(reinterpret_cast<char*>(values.data()), at_ + head.size(), values.size(),
+                            little_endian_ != (std::endian::native == std::endian::little));
+    at_ += head.size() + bytes + length_bytes;
+    return true;
+}
+
+template bool Reader::read_usual(const UsualArray&, std::span<float>);
+template bool Reader::read_usual(const UsualArray&, std::span<std::int32_t>);
+
 std::vector<std::string> Reader::read_strings()
 {
     std::vector<std::string> strings;

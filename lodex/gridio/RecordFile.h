@@ -1,7 +1,7 @@
 #pragma once
 
-#include <lodex/gridio/AtomicFile.h>
-#include <lodex/gridio/FileError.h>
+#include <lodex/utils/AtomicFile.h>
+#include <lodex/utils/FileError.h>
 #include <lodex/utils/Errors.h>
 
 #include <array>
@@ -39,6 +39,20 @@ struct Header {
 /// file.
 [[nodiscard]] std::vector<Header> peek_headers(std::string_view head);
 
+/// What the bytes of a short array are in an unformatted file, for reading many alike; one record of INTE or REAL.
+class UsualArray {
+public:
+    UsualArray(std::string_view name, Type type, std::size_t count);
+    [[nodiscard]] std::size_t count() const { return count_; }
+
+private:
+    friend class Reader;
+    static constexpr std::size_t head_bytes = 28; ///< the header's record and the length of the one behind it
+    std::string name_;
+    std::size_t count_;
+    std::array<std::array<char, head_bytes>, 2> heads_; ///< big-endian, little-endian
+};
+
 /// Reads such a file from front to end through a buffer of fixed size.
 ///
 /// All functions throw FileError with the file, the line or the byte, the array and the reason, and Cancelled.
@@ -64,6 +78,8 @@ public:
     /// The next values of the current array, as many as are left and fit: the number read, 0 at its end. float for
     /// REAL, double for DOUB, int32 for INTE; the caller has checked the type.
     template <class T> std::size_t read(std::span<T> values);
+    /// Reads the next array when it is this one; false when it is another, which next() reads then. values has its size.
+    template <class T> bool read_usual(const UsualArray& array, std::span<T> values);
     /// All values of the current array as strings without blanks at their ends; for short arrays of type String.
     [[nodiscard]] std::vector<std::string> read_strings();
     /// The first values of an INTE array, `wanted` or fewer; the rest is stepped over.
@@ -134,6 +150,8 @@ struct Source {
 extern template std::size_t Reader::read(std::span<float>);
 extern template std::size_t Reader::read(std::span<double>);
 extern template std::size_t Reader::read(std::span<std::int32_t>);
+extern template bool Reader::read_usual(const UsualArray&, std::span<float>);
+extern template bool Reader::read_usual(const UsualArray&, std::span<std::int32_t>);
 
 /// Writes such a file, unformatted ones big-endian; REAL and DOUB as text with enough digits to read back as the same
 /// numbers.

@@ -471,6 +471,46 @@ void PassedOver::tell(MessageLog& log, const std::string& file, const std::strin
     log.add("arrays left out", {Message::Level::Info, to_utf8(file), 0, text});
 }
 
+std::string plural(std::uint64_t count, const char* one)
+{
+    return std::to_string(count) + ' ' + one + (count == 1 ? "" : "s");
+}
+
+void Refinements::begin()
+{
+    refinements_ += static_cast<std::uint64_t>(!inside_);
+    inside_ = true;
+}
+
+bool Refinements::take(const Header& header)
+{
+    if (header.name == "LGR") {
+        inside_ = false; // one that has no end ends where the next begins
+        begin();
+    } else if (header.name == "ENDLGR") {
+        inside_ = false;
+    } else if (header.name == "NNC1" || header.name == "NNCL" || header.name == "NNA1") {
+        connections_ += header.count;
+    } else {
+        return inside_ || header.name.starts_with("NN");
+    }
+    return true;
+}
+
+void Refinements::tell(MessageLog& log, const std::string& file) const
+{
+    std::string text;
+    if (refinements_ > 0) {
+        text = ' ' + plural(refinements_, "local refinement");
+    }
+    if (connections_ > 0) {
+        text += (text.empty() ? " " : ", ") + plural(connections_, "connection") + " of cells that are no neighbours";
+    }
+    if (!text.empty()) {
+        log.add("things left out", {Message::Level::Info, to_utf8(file), 0, "left out:" + text});
+    }
+}
+
 // --- writing ---------------------------------------------------------------------------------------------------------
 
 namespace {

@@ -88,6 +88,26 @@ private:
     std::uint64_t count_ = 0;
 };
 
+/// Steps over local refinements and connections of cells that are no neighbours, and counts them.
+class Refinements {
+public:
+    /// True when the array belongs to one of them. The grid's own arrays do not come behind "LGR" before "ENDLGR".
+    bool take(const Header& header);
+    /// The arrays up to "ENDLGR" are those of a refinement.
+    void begin();
+    [[nodiscard]] bool inside() const { return inside_; }
+    /// One message; nothing when there were none.
+    void tell(MessageLog& log, const std::string& file) const;
+
+private:
+    bool inside_ = false;
+    std::uint64_t refinements_ = 0;
+    std::uint64_t connections_ = 0;
+};
+
+/// "1 cell", "3 cells"
+[[nodiscard]] std::string plural(std::uint64_t count, const char* one);
+
 // --- writing ---------------------------------------------------------------------------------------------------------
 
 /// Names of up to 8 characters for properties. Those that fit keep theirs; the others get one that no other has.

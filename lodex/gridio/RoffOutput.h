@@ -1,6 +1,6 @@
 #pragma once
 
-#include <lodex/gridio/AtomicFile.h>
+#include <lodex/utils/AtomicFile.h>
 #include <lodex/gridio/RoffInput.h>
 #include <lodex/gridio/RoffWriter.h>
 #include <lodex/gridio/TextNumbers.h>

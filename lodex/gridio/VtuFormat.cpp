@@ -1,6 +1,6 @@
 #include <lodex/gridio/VtuFormat.h>
 
-#include <lodex/gridio/AtomicFile.h>
+#include <lodex/utils/AtomicFile.h>
 #include <lodex/gridio/MessageLog.h>
 #include <lodex/volumes/model/CellGeometry.h>
 

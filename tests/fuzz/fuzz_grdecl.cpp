@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -19,6 +20,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::filesystem::path name = "no-such-folder/fuzz.grdecl";
     for (const bool properties_only : {false, true}) {
         options.properties_only = properties_only;
+        constexpr std::size_t long_text = 8 * 1024;
+        if (size > long_text) {
+            // Through a window, as long files are read; words that are cut by it are errors there and nowhere else.
+            static const auto long_path =
+                std::filesystem::temp_directory_path() / ("fuzz_grdecl-" + std::to_string(::getpid()) + ".long");
+            std::ofstream(long_path, std::ios::binary).write(text.data(), static_cast<std::streamsize>(size));
+            try {
+                (void)lodex::grdecl::read_file(long_path, options, {.whole = 0, .step = 16 * 1024});
+            } catch (const lodex::FileError&) {
+            }
+        }
         try {
             const auto result = lodex::grdecl::read_text(text, name, options);
             if (result.model.cells() > 1000) {

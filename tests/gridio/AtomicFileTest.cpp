@@ -1,7 +1,7 @@
 #include "GridTestTools.h"
 
-#include <lodex/gridio/AtomicFile.h>
-#include <lodex/gridio/FileError.h>
+#include <lodex/utils/AtomicFile.h>
+#include <lodex/utils/FileError.h>
 
 #include <csignal>
 #include <gtest/gtest.h>
@@ -124,6 +124,40 @@ TEST(AtomicFile, ReadOnlyFolderAndReadOnlyTarget)
     EXPECT_EQ(WEXITSTATUS(status), 0);
     EXPECT_EQ(test::file_text(path), "old");
     EXPECT_EQ(folder.names(), Names{"a.txt"});
+}
+
+TEST(AtomicFile, FilesThatBelongTogetherAllChangeOrNone)
+{
+    const test::TemporaryFolder folder;
+    const auto write_all = [&](const auto& before_commit) {
+        AtomicFile a(folder / "a.txt");
+        AtomicFile b(folder / "b.txt");
+        AtomicFile c(folder / "c.txt");
+        for (AtomicFile* const file : {&a, &b, &c}) {
+            file->write("new");
+        }
+        before_commit();
+        AtomicFile::commit_together(std::array{&a, &b, &c});
+    };
+    folder.write("a.txt", "old a");
+    write_all([] {});
+    EXPECT_EQ(folder.names(), (Names{"a.txt", "b.txt", "c.txt"}));
+    EXPECT_EQ(test::file_text(folder / "a.txt"), "new");
+    EXPECT_EQ(test::file_text(folder / "c.txt"), "new");
+
+    // The last one cannot take its name, which somebody has given to a folder.
+    folder.write("a.txt", "old a");
+    std::filesystem::remove(folder / "b.txt");
+    const std::string message = message_of([&] {
+        write_all([&] {
+            std::filesystem::remove(folder / "c.txt");
+            std::filesystem::create_directories(folder / "c.txt/inside");
+        });
+    });
+    EXPECT_EQ(message, (folder / "c.txt").string() + ": cannot be put in place: Is a directory");
+    EXPECT_EQ(folder.names(), (Names{"a.txt", "c.txt"}));
+    EXPECT_EQ(test::file_text(folder / "a.txt"), "old a");
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "c.txt/inside"));
 }
 
 TEST(AtomicFile, FullDiskLeavesTheOldFile)

@@ -221,7 +221,7 @@ TEST(GrdeclErrors, FilesThatChangeUnderTheReader)
     };
     const std::string start = path.string() + ": changed while it was read (20000000 bytes at first, then ";
     EXPECT_EQ(message(10'000'000), start + "10000000)");
-    EXPECT_EQ(message(20'000'001), start + "more)");
+    EXPECT_EQ(message(20'000'001), start + "20000001)");
 }
 
 TEST(GrdeclErrors, FilesThatIncludeEachOther)

@@ -304,7 +304,7 @@ TEST_F(BinaryError, RefinementsAndConnections)
     old.strings("LGR", {"FINE"}).integers("DIMENS", {9, 9, 9}).integers("COORDS", {7, 7, 7, 1}).empty("ENDLGR");
     old.integers("NNC1", {1});
     EXPECT_REASON(test::texts(OldGridFormat().read(folder.write("A.GRID", old.bytes()), {}).messages),
-                  "1 local refinements, 1 connections");
+                  "left out: 1 local refinement, 1 connection of cells that are no neighbours");
 }
 
 TEST_F(BinaryError, DualPorosity)

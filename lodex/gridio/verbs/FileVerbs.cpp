@@ -5,6 +5,7 @@
 #include "lodex/gridio/ValueFile.h"
 #include "lodex/interpreter/Lists.h"
 #include "lodex/utils/Names.h"
+#include "lodex/volumes/model/CellGeometry.h"
 #include "lodex/volumes/model/Layering.h"
 #include "lodex/volumes/verbs/VerbTools.h"
 
@@ -57,6 +58,25 @@ void mend_names(Call& call, GridModel& model)
     mend_names(call, model.layers, &LayerData::unit, "unit", false);
 }
 
+/// Units and axes as the file states them, for the user to see at once what the numbers are.
+std::string frame_text(const GridModel& model)
+{
+    const auto stated = [](const std::string& what, const std::string& unit) {
+        return what + (unit.empty() ? " not stated" : " " + unit);
+    };
+    const int turn = handedness(model);
+    const GridFrame& frame = model.frame;
+    std::string units;
+    for (const PropertyData& property : model.properties) {
+        if (!property.unit.empty())
+            units += (units.empty() ? "" : ", ") + property.name + " in " + property.unit;
+    }
+    return stated("grid units", frame.grid_units) + (frame.grid_units_map ? " (map coordinates)" : "") + ", " +
+           stated("map units", frame.map_units) + ", map axes " + (frame.map_axes ? "kept, not applied" : "not stated") +
+           ", depths positive downwards, " + (turn > 0 ? "right-handed" : turn < 0 ? "left-handed" : "handedness undecided") +
+           "; properties " + (units.empty() ? "without stated units" : "in the file's units: " + units);
+}
+
 void import_grid(Call& call)
 {
     const std::string path = call.text("file");
@@ -76,6 +96,7 @@ void import_grid(Call& call)
     call.count("bytes", static_cast<double>(read.bytes));
     call.info("SGrid \"" + grid->name().str() + "\": " + size_text(model.size) + " cells, " + std::to_string(active) +
               " active, " + std::to_string(model.properties.size()) + " properties");
+    call.info("SGrid \"" + grid->name().str() + "\": " + frame_text(model));
 }
 
 void import_properties(Call& call)

@@ -1,4 +1,4 @@
-#include "lodex/gridio/AtomicFile.h"
+#include "lodex/utils/AtomicFile.h"
 #include "lodex/volumes/ActivityModel.h"
 #include "lodex/volumes/model/CellGeometry.h"
 #include "lodex/volumes/model/Statistics.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <lodex/volumes/model/GridModel.h>
+#include <lodex/utils/Errors.h>
 
 #include <cstdint>
 #include <string>

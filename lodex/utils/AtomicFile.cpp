@@ -1,6 +1,6 @@
-#include <lodex/gridio/AtomicFile.h>
+#include <lodex/utils/AtomicFile.h>
 
-#include <lodex/gridio/FileError.h>
+#include <lodex/utils/FileError.h>
 
 #include <atomic>
 #include <cerrno>
@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace lodex {
 
@@ -85,8 +86,12 @@ void AtomicFile::discard() noexcept
     if (descriptor_ >= 0) {
         ::close(descriptor_);
         descriptor_ = -1;
-        ::unlink(temporary_.c_str());
     }
+    if (!temporary_.empty()) {
+        ::unlink(temporary_.c_str());
+        temporary_.clear();
+    }
+    forget_old();
 }
 
 void AtomicFile::fail(int error, std::string_view action)
@@ -134,37 +139,127 @@ void AtomicFile::flush()
     }
     flushed_ += used_;
     used_ = 0;
+#ifdef SYNC_FILE_RANGE_WRITE
+    // What is whole goes to the disk while the rest is being made, so that the end need not wait for all of it.
+    constexpr std::uint64_t piece = std::uint64_t{8} << 20;
+    if (flushed_ - started_ >= piece) {
+        [[maybe_unused]] const int result =
+            ::sync_file_range(descriptor_, static_cast<off_t>(started_), static_cast<off_t>(flushed_ - started_),
+                              SYNC_FILE_RANGE_WRITE);
+        started_ = flushed_;
+    }
+#endif
 }
 
-void AtomicFile::sync()
+void AtomicFile::finish()
 {
     flush();
     if (::fsync(descriptor_) != 0) {
         fail(errno, "cannot be written");
     }
+    if (::close(std::exchange(descriptor_, -1)) != 0) {
+        fail(errno, "cannot be written");
+    }
 }
 
-void AtomicFile::commit()
+void AtomicFile::keep_old()
 {
-    sync();
-    if (::close(descriptor_) != 0) {
-        const int error = errno;
-        descriptor_ = -1;
-        ::unlink(temporary_.c_str());
-        fail(error, "cannot be written");
+    auto name = temporary_;
+    name += ".old";
+    if (::link(final_.c_str(), name.c_str()) == 0) {
+        old_ = std::move(name);
+        return;
     }
-    descriptor_ = -1;
+    if (errno == ENOENT) {
+        return;
+    }
+    // File systems without hard links: the old content moves aside, for as long as the renames take.
+    struct stat status {};
+    if (::lstat(final_.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        if (::rename(final_.c_str(), name.c_str()) != 0) {
+            fail(errno, "cannot be put in place");
+        }
+        old_ = std::move(name);
+    }
+}
+
+void AtomicFile::put_in_place()
+{
     if (::rename(temporary_.c_str(), final_.c_str()) != 0) {
         const int error = errno;
-        ::unlink(temporary_.c_str());
+        if (!old_.empty()) {
+            put_back();
+        }
         fail(error, "cannot be put in place");
     }
+    temporary_.clear();
+}
+
+void AtomicFile::put_back() noexcept
+{
+    if (old_.empty()) {
+        ::unlink(final_.c_str()); // there was none
+        return;
+    }
+    if (::rename(old_.c_str(), final_.c_str()) == 0) {
+        ::unlink(old_.c_str()); // rename() does nothing where both names are of one file
+    }
+    old_.clear(); // where that failed it is the only name of the old content, and stays
+}
+
+void AtomicFile::forget_old() noexcept
+{
+    if (!old_.empty()) {
+        ::unlink(old_.c_str());
+        old_.clear();
+    }
+}
+
+void AtomicFile::sync_folder() const noexcept
+{
     // The rename itself reaches the disk with its folder; where a file system cannot do that, the data is safe anyway.
     const auto folder = final_.has_parent_path() ? final_.parent_path() : std::filesystem::path(".");
     const int directory = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory >= 0) {
         [[maybe_unused]] const int result = ::fsync(directory);
         ::close(directory);
+    }
+}
+
+void AtomicFile::commit()
+{
+    finish();
+    put_in_place();
+    sync_folder();
+}
+
+void AtomicFile::commit_together(std::span<AtomicFile* const> files)
+{
+    for (AtomicFile* const file : files) {
+        file->finish();
+    }
+    std::size_t renamed = 0;
+    try {
+        for (AtomicFile* const file : files) {
+            file->keep_old();
+        }
+        for (; renamed < files.size(); ++renamed) {
+            files[renamed]->put_in_place();
+        }
+    } catch (...) {
+        while (renamed > 0) {
+            files[--renamed]->put_back();
+        }
+        for (AtomicFile* const file : files) {
+            if (!file->temporary_.empty() && !file->old_.empty()) {
+                file->put_back(); // not renamed, its old content may have moved aside
+            }
+        }
+        throw;
+    }
+    for (AtomicFile* const file : files) {
+        file->forget_old();
+        file->sync_folder();
     }
 }
 

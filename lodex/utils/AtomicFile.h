@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -31,25 +32,36 @@ public:
     /// Bytes written so far.
     [[nodiscard]] std::uint64_t size() const { return flushed_ + used_; }
 
-    /// Brings all bytes so far to the disk, so that commit() has hardly anything left that can fail. For programs that
-    /// write several files which belong together.
-    void sync();
-
     /// Makes the new content visible. To be called once, last.
     void commit();
 
+    /// The same for files that belong together: all are on the disk before the first takes its name, and when one
+    /// cannot, those before it get their old content back (or go, where there was none). What is left to chance is the
+    /// power failing between two renames.
+    static void commit_together(std::span<AtomicFile* const> files);
+
 private:
     void flush();
+    /// Brings all bytes to the disk and closes the file.
+    void finish();
+    /// The old content of the target keeps a second name, so that put_back() can bring it back.
+    void keep_old();
+    void put_in_place();
+    void put_back() noexcept;
+    void forget_old() noexcept;
+    void sync_folder() const noexcept;
     [[noreturn]] void fail(int error, std::string_view action);
     void discard() noexcept;
 
     std::filesystem::path target_; ///< as given, for messages
     std::filesystem::path final_;  ///< with symbolic links resolved
-    std::filesystem::path temporary_;
+    std::filesystem::path temporary_; ///< empty once it is no longer there
+    std::filesystem::path old_;       ///< second name of the old content; empty: none
     int descriptor_ = -1;
     std::vector<char> buffer_;
     std::size_t used_ = 0;
     std::uint64_t flushed_ = 0;
+    std::uint64_t started_ = 0; ///< bytes that are on their way to the disk
 };
 
 } // namespace lodex

@@ -1,4 +1,4 @@
-#include <lodex/gridio/FileError.h>
+#include <lodex/utils/FileError.h>
 
 namespace lodex {
 
