@@ -184,6 +184,21 @@ FlowUnitStats::Layers FlowUnitStats::layers_of(const CellSamples& samples, const
     return layers;
 }
 
+SortedLayers FlowUnitStats::sorted_layers_of(const CellSamples& samples, const Settings& settings,
+                                             const ProgressCheck& progress)
+{
+    const AverageRules rules = rules_of(settings.method, settings.power);
+    std::vector<std::vector<double>> layers(static_cast<std::size_t>(samples.layers()));
+    for_blocks(samples.layers(), progress, [&](std::int64_t block) {
+        CellSamples::Layer cells;
+        samples.read(static_cast<long>(block), cells);
+        filter(cells, rules);
+        std::ranges::sort(cells.values);
+        layers[static_cast<std::size_t>(block)] = std::move(cells.values);
+    });
+    return SortedLayers(std::move(layers));
+}
+
 double FlowUnitStats::joined_mean(const Layers& layers, const Unit& unit)
 {
     PartialAverage joined = layers.partials[static_cast<std::size_t>(unit.first)];
@@ -306,22 +321,20 @@ bool FlowUnitStats::compute_units_from_threshold(double value, GuessMethod metho
         return false; // the cells that the statistics came from are not there any more
 
     Lodex::ProgressTracer tracer("Creating flow units...");
-    std::optional<CellSamples> samples;
-    if (layers_.partials.empty())
-        samples = samples_of(*static_cast<const Lodex::SGrid*>(observed()), *settings_);
-    const auto mean = [&](int first, int last) {
-        if (!samples)
-            return joined_mean(layers_, {first, last});
-        if (first == last)
-            return layers_.means[static_cast<std::size_t>(first)];
-        const auto known = unit_cache_.find({first, last});
-        if (known != unit_cache_.end())
-            return known->second;
-        if (!tracer.set_done(static_cast<double>(last) / static_cast<double>(layers_.means.size())))
-            throw Cancelled{};
-        return unit_cache_[{first, last}] = mean_of_cells(*samples, *settings_, {first, last});
-    };
+    const auto go_on = [&](double done) { return tracer.set_done(done); };
     try {
+        std::optional<SortedLayers> sorted;
+        if (layers_.partials.empty())
+            sorted = sorted_layers_of(samples_of(*static_cast<const Lodex::SGrid*>(observed()), *settings_), *settings_,
+                                      [&](double done) { return go_on(done / 2); });
+        const auto mean = [&](int first, int last) {
+            if (!sorted)
+                return joined_mean(layers_, {first, last});
+            if (first == last)
+                return layers_.means[static_cast<std::size_t>(first)];
+            check_progress(go_on, 0.5 + 0.5 * last / static_cast<double>(layers_.means.size()));
+            return sorted->average(settings_->method, first, last);
+        };
         const std::vector<int> numbers = create_flow_units(
             {.layer_means = layers_.means, .flow_units = flow_units_, .stratigraphic_units = stratigraphic_units_, .mean = mean},
             method, value);

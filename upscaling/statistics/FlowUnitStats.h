@@ -1,11 +1,13 @@
 #pragma once
 
 #include "CellSamples.h"
+#include "SortedLayers.h"
 
 #include "upscaling/kernels/Averages.h"
 
 #include <Kelvane/upscaling/FlowUnitStatsManager.h>
 #include <Lodex/geobase/GObjObserver.h>
+#include <Lodex/utils/Progress.h>
 
 #include <map>
 #include <optional>
@@ -64,6 +66,8 @@ private:
                                           const Lodex::CString& region, bool volume_weighted, double power);
     [[nodiscard]] static CellSamples samples_of(const Lodex::SGrid& grid, const Settings& settings);
     [[nodiscard]] static Layers layers_of(const CellSamples& samples, const Settings& settings);
+    [[nodiscard]] static SortedLayers sorted_layers_of(const CellSamples& samples, const Settings& settings,
+                                                       const Lodex::ProgressCheck& progress);
     [[nodiscard]] static double mean_of_cells(const CellSamples& samples, const Settings& settings, const Unit& unit);
     [[nodiscard]] static double joined_mean(const Layers& layers, const Unit& unit);
     void publish(const std::vector<Unit>& units, const std::vector<double>& means);

@@ -26,7 +26,7 @@ enum class Boundary { Confined, KConfined, Unconfined };
 enum class Discretisation { TwoPoint, Mixed, Conforming };
 
 /// Fast: down to BlockOptions::tolerance, small blocks by factorisation. Exact: factorisation up to what fits into about
-/// 1 GiB (true geometry: 30000 unknowns); beyond, iterations down to 1e-12 and BlockResult::backup.
+/// 1 GiB (true geometry: 15000 unknowns); beyond, iterations down to 1e-12 and BlockResult::backup.
 enum class Solver { Fast, Exact };
 
 /// One coarse cell, sampled. Owns nothing.

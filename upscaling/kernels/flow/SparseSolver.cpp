@@ -397,7 +397,8 @@ SparseAnswer solve_sparse(const BlockPlan& plan, const Instance& instance, bool 
     ask(progress, 0);
     if (plan.unknowns == 0)
         return {.energies = system.energies(solution)};
-    constexpr int most_factored = 30000;
+    // A factorisation cannot be stopped; beyond this it takes a second and more.
+    constexpr int most_factored = 15000;
     const bool factored = exact && plan.unknowns <= most_factored;
     if (exact && !factored) {
         answer.failed = true;

@@ -12,7 +12,7 @@ struct SparseAnswer {
 };
 
 /// One block of any size on a general sparse matrix, for true geometry. `exact`: sparse Cholesky factorisation under a
-/// minimum degree ordering, up to 30000 unknowns; beyond, conjugate gradients to 1e-12, and `failed`. Else conjugate
+/// minimum degree ordering, up to 15000 unknowns; beyond, conjugate gradients to 1e-12, and `failed`. Else conjugate
 /// gradients to the relative residual `tolerance`, preconditioned by the multilevel cycle of the two-point network, for
 /// Mixed between two incomplete Cholesky factorisations. Throws Cancelled.
 [[nodiscard]] SparseAnswer solve_sparse(const BlockPlan& plan, const Instance& instance, bool exact, double tolerance,
