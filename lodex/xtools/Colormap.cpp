@@ -85,6 +85,14 @@ double read(const Style& style, const char* attribute, double otherwise)
 
 } // namespace
 
+std::vector<CString> Colormap::names()
+{
+    std::vector<CString> result;
+    for (const Table& each : kTables)
+        result.emplace_back(each.name);
+    return result;
+}
+
 Colormap::Colormap(const Style& style)
     : map_(style.attribute("colormap")), low_(read(style, "low_clip", 0)), high_(read(style, "high_clip", 1)),
       log_(style.attribute("scale_function") == CString("log") && low_ > 0 && high_ > 0)

@@ -320,7 +320,7 @@ Library library_of(std::string_view header)
         "ctime", "cuchar", "cwchar", "cwctype"};
     static const std::set<std::string_view> system{
         "unistd.h", "fcntl.h", "errno.h", "signal.h", "dlfcn.h", "poll.h", "pwd.h", "spawn.h", "dirent.h", "malloc.h", "emmintrin.h",
-        "sched.h", "time.h", "cxxabi.h", "execinfo.h", "immintrin.h"};
+        "sched.h", "time.h", "cxxabi.h", "execinfo.h", "immintrin.h", "xmmintrin.h"};
     if (standard.contains(header))
         return Library::Standard;
     if (system.contains(header) || header.starts_with("sys/") || header.starts_with("linux/"))

@@ -99,7 +99,7 @@ std::vector<Rule> make_rules()
         {"tests", {""}, without(every_library, widget_toolkit), {}, widget_toolkit},
         {"tests/support", {"host"}, {Standard, Qt, Test}, {}, {}},
     };
-    for (const char* folder : {"qtools", "xtools", "gviews", "appli", "frame", "sgresize", "flowunit",
+    for (const char* folder : {"qtools", "xtools", "gviews", "gviews_camera", "appli", "frame", "sgresize", "flowunit",
                                "propertyupscale", "workbench"})
         rules.push_back({std::string("tests/") + folder, {""}, every_library, {}, {}});
     // An independent reader of what the exporter writes.

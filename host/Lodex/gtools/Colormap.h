@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 namespace Lodex {
 
@@ -14,6 +15,9 @@ class Style;
 class Colormap {
 public:
     using Rgb = std::array<std::uint8_t, 3>;
+
+    /// Names that the attribute "colormap" may have; the first is used where it has none or another one.
+    [[nodiscard]] static std::vector<CString> names();
 
     /// A copy of what the style says now.
     explicit Colormap(const Style& style);

@@ -134,6 +134,8 @@ void FrontalCholesky::find_boundaries(const Lodex::ProgressCheck& progress)
 // Eliminates the first `own` columns of a dense symmetric matrix (lower half), panel by panel.
 void FrontalCholesky::eliminate(double* dense, std::size_t size, std::size_t own, Progressing& progressing)
 {
+    if (own == 0)
+        return;
     const auto m = static_cast<Eigen::Index>(size);
     const auto s = static_cast<Eigen::Index>(own);
     Dense f(dense, m, m);
