@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <functional>
 #include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -68,8 +69,11 @@ template <class T> double read_all(std::span<const T> numbers)
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    std::vector<std::string> methods(argv + 1, argv + argc);
+    if (methods.empty())
+        methods = {"Arithmetic", "Geometric", "Harmonic", "Power", "Sum", "Minimum", "Maximum", "Median"};
     constexpr std::array<std::int64_t, 3> fine{400, 250, 100}, coarse{40, 25, 10};
     const std::size_t cells = 10'000'000, coarse_cells = 10'000;
     std::mt19937_64 random(1);
@@ -91,7 +95,7 @@ int main()
                 static_cast<long long>(fine[0]), static_cast<long long>(fine[1]), static_cast<long long>(fine[2]),
                 static_cast<long long>(coarse[0]), static_cast<long long>(coarse[1]), static_cast<long long>(coarse[2]));
     double kept = 0;
-    for (const char* name : {"Arithmetic", "Geometric", "Harmonic", "Power", "Sum", "Minimum", "Maximum", "Median"}) {
+    for (const std::string& name : methods) {
         for (const bool by_volume : {false, true}) {
             const auto upscaler = Kelvane::make_upscaler("upgridder", name);
             const auto& method = dynamic_cast<const Kelvane::AverageUpscaler&>(*upscaler);
@@ -113,7 +117,7 @@ int main()
                                                (by_volume ? read_all(std::span<const double>(volumes)) : 0);
                                    }));
             }
-            std::printf("%-10s %-9s %6.1f ms, reading the bytes alone %6.1f ms: %.2f of the read bandwidth; first value %.10g\n", name,
+            std::printf("%-10s %-9s %6.1f ms, reading the bytes alone %6.1f ms: %.2f of the read bandwidth; first value %.10g\n", name.c_str(),
                         by_volume ? "by volume" : "", 1e3 * best, 1e3 * reading, reading / best, answer);
         }
     }

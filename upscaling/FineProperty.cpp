@@ -1,5 +1,7 @@
 #include "FineProperty.h"
 
+#include "upscaling/kernels/VectorClones.h"
+
 #include <cmath>
 #include <limits>
 
@@ -11,8 +13,45 @@ constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
 
 template <class T> double as_number(T value, bool has_no_data, T no_data)
 {
+    // What is infinite minus itself is NaN, so the sum is the number where it is finite and NaN where it is not, without a
+    // branch.
     const auto number = static_cast<double>(value);
-    return (has_no_data && value == no_data) || !std::isfinite(number) ? undefined : number;
+    const double finite = number + (number - number);
+    return has_no_data && value == no_data ? undefined : finite;
+}
+
+template <class T> [[gnu::always_inline]] inline void read_run(const T* from, std::int64_t count, bool has_no_data, T no_data, double* out)
+{
+    if (has_no_data) {
+        for (std::int64_t n = 0; n < count; ++n)
+            out[n] = as_number(from[n], true, no_data);
+    } else {
+        for (std::int64_t n = 0; n < count; ++n)
+            out[n] = as_number(from[n], false, no_data);
+    }
+}
+
+KELVANE_VECTOR_CLONES void read_values(const float* from, std::int64_t count, bool has_no_data, float no_data, double* out)
+{
+    read_run(from, count, has_no_data, no_data, out);
+}
+
+KELVANE_VECTOR_CLONES void read_values(const double* from, std::int64_t count, bool has_no_data, double no_data, double* out)
+{
+    read_run(from, count, has_no_data, no_data, out);
+}
+
+KELVANE_VECTOR_CLONES void read_values(const std::int32_t* from, std::int64_t count, bool has_no_data, std::int32_t no_data, double* out)
+{
+    read_run(from, count, has_no_data, no_data, out);
+}
+
+KELVANE_VECTOR_CLONES bool all_positive(const double* values, std::int64_t count)
+{
+    std::int64_t others = 0;
+    for (std::int64_t n = 0; n < count; ++n)
+        others += !(values[n] > 0);
+    return others == 0;
 }
 
 /// Calls f(values, has_no_data, no_data) with the no-data value in the type of the values; one that this type cannot hold
@@ -43,19 +82,14 @@ std::size_t FineProperty::size() const
     return std::visit([](const auto& span) { return span.size(); }, values_);
 }
 
-std::size_t FineProperty::read(std::int64_t first, std::int64_t count, std::span<const std::uint8_t> flags, double* out) const
+void FineProperty::read(std::int64_t first, std::int64_t count, double* out) const
 {
-    return with_values(values_, no_data_, [&](const auto& values, bool has_no_data, auto no_data) {
-        std::size_t found = 0;
-        const auto* const from = values.data() + first;
-        const std::uint8_t* const flag = flags.data() + first;
-        for (std::int64_t n = 0; n < count; ++n) {
-            out[found] = as_number(from[n], has_no_data, no_data);
-            if (!region_.empty() && !region_[static_cast<std::size_t>(first + n)])
-                out[found] = undefined;
-            found += flag[n] != 0;
+    with_values(values_, no_data_, [&](const auto& values, bool has_no_data, auto no_data) {
+        read_values(values.data() + first, count, has_no_data, no_data, out);
+        if (!region_.empty()) {
+            for (std::int64_t n = 0; n < count; ++n)
+                out[n] = region_[static_cast<std::size_t>(first + n)] ? out[n] : undefined;
         }
-        return found;
     });
 }
 
@@ -87,13 +121,10 @@ void PreparationCounts::add(const PreparationCounts& other)
     sealed += other.sealed;
 }
 
-void prepare(std::span<double> values, const Preparation& preparation, PreparationCounts& counts)
+bool prepare(std::span<double> values, const Preparation& preparation, PreparationCounts& counts)
 {
-    bool all_positive = true;
-    for (const double value : values)
-        all_positive = all_positive && value > 0;
-    if (all_positive)
-        return;
+    if (all_positive(values.data(), static_cast<std::int64_t>(values.size())))
+        return true;
     for (double& value : values) {
         if (value < 0 && preparation.negative) {
             value = *preparation.negative;
@@ -106,6 +137,7 @@ void prepare(std::span<double> values, const Preparation& preparation, Preparati
             ++counts.undefined_replaced;
         }
     }
+    return false;
 }
 
 } // namespace Kelvane

@@ -19,8 +19,8 @@ public:
     [[nodiscard]] const std::string& name() const { return name_; }
     [[nodiscard]] std::size_t size() const;
 
-    /// Values of `count` cells from `first` on whose flag is set, packed to the front of `out`; returns how many.
-    std::size_t read(std::int64_t first, std::int64_t count, std::span<const std::uint8_t> flags, double* out) const;
+    /// Values of all `count` cells from `first` on.
+    void read(std::int64_t first, std::int64_t count, double* out) const;
     /// Values of the cells of a list.
     void read(std::span<const std::int64_t> cells, double* out) const;
     [[nodiscard]] double value(std::int64_t cell) const;
@@ -52,7 +52,7 @@ struct PreparationCounts {
     void add(const PreparationCounts& other);
 };
 
-/// Replaces in place.
-void prepare(std::span<double> values, const Preparation& preparation, PreparationCounts& counts);
+/// Replaces in place. True when all values are above 0, so that no method can refuse one.
+bool prepare(std::span<double> values, const Preparation& preparation, PreparationCounts& counts);
 
 } // namespace Kelvane

@@ -319,9 +319,10 @@ Library library_of(std::string_view header)
         "clocale", "cmath", "csetjmp", "csignal", "cstdarg", "cstddef", "cstdint", "cstdio", "cstdlib", "cstring",
         "ctime", "cuchar", "cwchar", "cwctype"};
     static const std::set<std::string_view> system{
-        "unistd.h", "fcntl.h", "errno.h", "signal.h", "dlfcn.h", "poll.h", "pwd.h", "spawn.h", "dirent.h", "malloc.h", "emmintrin.h",
-        "sched.h", "time.h", "cxxabi.h", "execinfo.h", "immintrin.h", "xmmintrin.h"};
-    if (standard.contains(header))
+        "unistd.h", "fcntl.h", "errno.h", "signal.h", "dlfcn.h", "poll.h", "pwd.h", "spawn.h", "dirent.h", "malloc.h",
+        "sched.h", "time.h", "cxxabi.h", "execinfo.h"};
+    // Vector instructions come with the compiler.
+    if (standard.contains(header) || header.ends_with("mmintrin.h"))
         return Library::Standard;
     if (system.contains(header) || header.starts_with("sys/") || header.starts_with("linux/"))
         return Library::System;

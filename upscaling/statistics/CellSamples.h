@@ -24,8 +24,10 @@ public:
                 bool volume_weighted);
 
     [[nodiscard]] long layers() const { return layers_; }
+    [[nodiscard]] std::size_t cells_per_layer() const { return layer_cells_; }
 
-    /// Samples of one layer in the order of its cells; weights are the cells' bulk volumes, none without volume weighting.
+    /// Samples of one layer in the order of its cells; weights are the cells' bulk volumes, none without volume
+    /// weighting.
     struct Layer {
         std::vector<double> values;
         std::vector<double> weights;

@@ -11,9 +11,13 @@
 #include <Lodex/volumes/SGridActivityModel.h>
 #include <Lodex/volumes/SGridCube.h>
 
+#include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -45,6 +49,22 @@ void filter(CellSamples::Layer& samples, const AverageRules& rules)
         samples.weights.resize(kept);
 }
 
+/// Calls work(layer) for all layers on all threads. `progress` is called from this thread between batches of layers,
+/// which are small where layers are large, so that a wish to stop is heard soon.
+template <class Work> void for_layers(const CellSamples& samples, const ProgressCheck& progress, const Work& work)
+{
+    constexpr std::size_t large = 100'000; // cells
+    const auto layers = samples.layers();
+    const long batch = samples.cells_per_layer() > large
+                           ? static_cast<long>(tbb::this_task_arena::max_concurrency())
+                           : std::max(16L, (layers + 31) / 32);
+    for (long first = 0; first < layers; first += batch) {
+        check_progress(progress, static_cast<double>(first) / static_cast<double>(layers));
+        tbb::parallel_for(first, std::min(first + batch, layers), work);
+    }
+    check_progress(progress, 1);
+}
+
 double heterogeneity_of(const CellSamples::Layer& samples)
 {
     const AverageRules rules = rules_of(Average::DykstraParsons, 1);
@@ -55,8 +75,8 @@ double heterogeneity_of(const CellSamples::Layer& samples)
     return average(Average::DykstraParsons, 1, values);
 }
 
-/// Runs of equal flow unit numbers. Throws std::invalid_argument unless there is one number a layer and they start at 1,
-/// never decrease and leave none out.
+/// Runs of equal flow unit numbers. Throws std::invalid_argument unless there is one number a layer and they start at
+/// 1, never decrease and leave none out.
 std::vector<std::pair<int, int>> runs_of(const Lodex::List<int>& flow_units, long layers)
 {
     if (flow_units.count() != layers)
@@ -168,10 +188,10 @@ FlowUnitStats::Layers FlowUnitStats::layers_of(const CellSamples& samples, const
 
     Lodex::ProgressTracer tracer("Computing flow unit statistics...");
     const ProgressCheck progress = [&](double done) { return tracer.set_done(done); };
-    for_blocks(samples.layers(), progress, [&](std::int64_t block) {
-        const auto layer = static_cast<std::size_t>(block);
+    for_layers(samples, progress, [&](long k) {
+        const auto layer = static_cast<std::size_t>(k);
         CellSamples::Layer cells;
-        samples.read(static_cast<long>(block), cells);
+        samples.read(k, cells);
         layers.heterogeneities[layer] = heterogeneity_of(cells);
         filter(cells, rules);
         if (rules.joinable) {
@@ -189,12 +209,12 @@ SortedLayers FlowUnitStats::sorted_layers_of(const CellSamples& samples, const S
 {
     const AverageRules rules = rules_of(settings.method, settings.power);
     std::vector<std::vector<double>> layers(static_cast<std::size_t>(samples.layers()));
-    for_blocks(samples.layers(), progress, [&](std::int64_t block) {
+    for_layers(samples, progress, [&](long k) {
         CellSamples::Layer cells;
-        samples.read(static_cast<long>(block), cells);
+        samples.read(k, cells);
         filter(cells, rules);
         std::ranges::sort(cells.values);
-        layers[static_cast<std::size_t>(block)] = std::move(cells.values);
+        layers[static_cast<std::size_t>(k)] = std::move(cells.values);
     });
     return SortedLayers(std::move(layers));
 }
@@ -336,7 +356,10 @@ bool FlowUnitStats::compute_units_from_threshold(double value, GuessMethod metho
             return sorted->average(settings_->method, first, last);
         };
         const std::vector<int> numbers = create_flow_units(
-            {.layer_means = layers_.means, .flow_units = flow_units_, .stratigraphic_units = stratigraphic_units_, .mean = mean},
+            {.layer_means = layers_.means,
+             .flow_units = flow_units_,
+             .stratigraphic_units = stratigraphic_units_,
+             .mean = mean},
             method, value);
         flow_units.clear();
         for (const int number : numbers)

@@ -20,14 +20,14 @@ namespace Kelvane {
 /// The averaging method of this name; nothing when there is none.
 [[nodiscard]] std::optional<Average> average_of_type(const Lodex::CString& upscaler_type);
 
-/// Layer statistics are worked out on all threads, each layer by one of them in a fixed order, and kept as long as grid,
-/// properties and settings stay the same; flow units are put together from them. Where an average cannot be put together
-/// (median, most probable value, Dykstra-Parsons) the units that are new are worked out from the cells.
+/// Layer statistics are worked out on all threads, each layer by one of them in a fixed order, and kept as long as
+/// grid, properties and settings stay the same; flow units are put together from them. Where an average cannot be put
+/// together (median, most probable value, Dykstra-Parsons) the units that are new are worked out from the cells.
 class FlowUnitStats final : public FlowUnitStatsManager, private Lodex::GObjObserver {
 public:
     bool execute(const Lodex::SGrid* grid, const Lodex::List<int>& flow_units, int property,
-                 const Lodex::CString& averaging_method, const Lodex::CString& region, bool volume_weighted, double power,
-                 int denominator) override;
+                 const Lodex::CString& averaging_method, const Lodex::CString& region, bool volume_weighted,
+                 double power, int denominator) override;
     [[nodiscard]] bool cancelled() const override { return cancelled_; }
 
     [[nodiscard]] const std::vector<float>& getUnitAvrgList() const override { return layer_means_; }

@@ -16,9 +16,9 @@ namespace Kelvane {
 class RegionCells {
 public:
     /// "everywhere": all cells; "all_regions": those of at least one region, and all when the grid has none; else the
-    /// cells of at least one of the regions named, several being joined by "+". In a joined list a "+" may belong to a
-    /// name or stand for a blank of it; the reading with the fewest names counts. Throws std::invalid_argument when there
-    /// is no reading, or two of the same length.
+    /// cells of at least one of the regions named, several being joined by "+". In a joined list a "+" may belong to
+    /// a name or stand for a blank of it; the reading with the fewest names counts. Throws std::invalid_argument when
+    /// there is no reading, or two of the same length.
     RegionCells(const Lodex::SGrid& grid, const Lodex::CString& regions);
 
     [[nodiscard]] bool everywhere() const { return flags_.empty(); }

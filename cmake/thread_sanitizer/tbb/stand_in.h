@@ -121,13 +121,35 @@ Value parallel_reduce(const Range& range, const Value& identity, const Body& bod
     return result;
 }
 
-/// One object per thread that asks for it, made by copying or by the arguments given.
+/// One object per thread that asks for it, made by a function or from the arguments given.
 template <class T> class enumerable_thread_specific {
 public:
     template <class... Arguments> explicit enumerable_thread_specific(Arguments... arguments)
-        : make_([=] { return std::make_unique<T>(arguments...); })
+        : make_([=] {
+              if constexpr ((sizeof...(Arguments) == 1) && (std::is_invocable_r_v<T, Arguments> && ...))
+                  return std::make_unique<T>(arguments()...);
+              else
+                  return std::make_unique<T>(arguments...);
+          })
     {
     }
+    class iterator {
+    public:
+        using Place = typename std::vector<std::pair<std::thread::id, std::unique_ptr<T>>>::const_iterator;
+        explicit iterator(Place place) : place_(place) {}
+        T& operator*() const { return *place_->second; }
+        iterator& operator++()
+        {
+            ++place_;
+            return *this;
+        }
+        friend bool operator==(const iterator&, const iterator&) = default;
+
+    private:
+        Place place_;
+    };
+    [[nodiscard]] iterator begin() const { return iterator(items_.begin()); }
+    [[nodiscard]] iterator end() const { return iterator(items_.end()); }
     T& local()
     {
         const std::lock_guard lock(guard_);

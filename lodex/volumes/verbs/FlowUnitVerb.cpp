@@ -54,7 +54,7 @@ void run(Call& call)
     const auto execute = [&] {
         if (!manager->execute(&grid, units, grid.property_db()->property_index(property.name), call.text("average"),
                               call.text("region"), call.flag("weight_using_volume"), call.real("power"), denominator)) {
-            if (!call.progress(0))
+            if (manager->cancelled())
                 throw Cancelled{};
             call.fail("the statistics of \"" + property.name + "\" cannot be worked out for region \"" + call.text("region") + "\"",
                       "region");
