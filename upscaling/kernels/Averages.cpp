@@ -153,17 +153,21 @@ double most_probable(std::span<double> values)
 
 double dykstra_parsons(std::span<double> values)
 {
-    std::ranges::sort(values, std::greater<>());
     const auto count = static_cast<double>(values.size());
+    const auto at = [&](std::size_t place) { return values.begin() + static_cast<std::ptrdiff_t>(place); };
+    // The value at a place in descending order, 0-based and linear in between. Values before `sorted` stand at or before
+    // their place already.
+    std::size_t sorted = 0;
     const auto exceeded_by = [&](double part) {
-        const double place = part * (count + 1) - 1; // 0-based place in descending order
-        if (place <= 0)
-            return values.front();
-        if (place >= count - 1)
-            return values.back();
+        const double place = std::clamp(part * (count + 1) - 1, 0.0, count - 1);
         const auto below = static_cast<std::size_t>(place);
+        std::nth_element(at(sorted), at(below), values.end(), std::greater<>());
+        sorted = below;
         const double along = place - static_cast<double>(below);
-        return values[below] + along * (values[below + 1] - values[below]);
+        if (along == 0)
+            return values[below];
+        const double next = *std::max_element(at(below + 1), values.end());
+        return values[below] + along * (next - values[below]);
     };
     const double middle = exceeded_by(0.5);
     return (middle - exceeded_by(0.841)) / middle;

@@ -36,6 +36,8 @@ public:
     virtual bool execute(const Lodex::SGrid* grid, const Lodex::List<int>& flow_units, int property,
                          const Lodex::CString& averaging_method, const Lodex::CString& region, bool volume_weighted,
                          double power, int denominator) = 0;
+    /// Whether the user stopped the last execute().
+    [[nodiscard]] virtual bool cancelled() const = 0;
 
     /// One number per K layer.
     [[nodiscard]] virtual const std::vector<float>& getUnitAvrgList() const = 0;
