@@ -100,7 +100,7 @@ std::vector<Rule> make_rules()
         {"tests/support", {"host"}, {Standard, Qt, Test}, {}, {}},
     };
     for (const char* folder : {"qtools", "xtools", "gviews", "gviews_camera", "appli", "frame", "sgresize", "flowunit",
-                               "propertyupscale", "workbench"})
+                               "propertyupscale", "workbench", "workbench_camera"})
         rules.push_back({std::string("tests/") + folder, {""}, every_library, {}, {}});
     // An independent reader of what the exporter writes.
     rules.push_back({"tests/gridio_vtk", {""}, without(every_library, {Qt}), {}, {Qt}});
