@@ -178,6 +178,8 @@ void LQSGManualAxisEditorMngr::insert_row(LQSGSectionEditor* after, std::unique_
     fit_table();
     if (scroll_)
         scroll_->ensureVisible(0, table_->rowViewportPosition(row) + table_->rowHeight(row), 0, table_->rowHeight(row));
+    else
+        table_->scrollTo(table_->model()->index(row, 0));
     added->tab_order().first()->setFocus(Qt::OtherFocusReason);
     updatePaintedSections();
     updateCells();
@@ -209,9 +211,14 @@ void LQSGManualAxisEditorMngr::fit_table()
 {
     chain_tabs();
     table_->resizeRowsToContents();
-    if (!scroll_)
-        return;
     table_->resizeColumnsToContents();
+    if (!scroll_) {
+        // A table with titles of its own scrolls by itself, but only up and down.
+        const int wide = table_->horizontalHeader()->length() + table_->verticalScrollBar()->sizeHint().width() +
+                         2 * table_->frameWidth();
+        table_->setMinimumWidth(std::max(table_->minimumWidth(), wide));
+        return;
+    }
     const QStringList titles = header_->titles();
     const bool titled = titles.size() <= table_->columnCount();
     const int gap = table_->fontMetrics().horizontalAdvance(QLatin1Char('M'));

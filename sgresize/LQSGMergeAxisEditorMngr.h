@@ -31,3 +31,5 @@ private:
 };
 
 } // namespace Kelvane
+
+Q_DECLARE_INTERFACE(Kelvane::LQSGMergeAxisEditorMngr, "LQSGMergeAxisEditorMngr")

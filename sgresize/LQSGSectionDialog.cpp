@@ -34,11 +34,6 @@ constexpr const char* source_unit = "xmsgresize";
 /// compared.
 constexpr int missing_selector_line = 624;
 
-[[nodiscard]] Lodex::SGrid* find_sgrid(const Lodex::CString& name)
-{
-    return static_cast<Lodex::SGrid*>(Lodex::GeobaseLib::instance()->find(name, Lodex::SGrid::static_type_id_()));
-}
-
 } // namespace
 
 LQSGSectionDialog::LQSGSectionDialog(bool builds_extension) : builds_extension_(builds_extension) {}
@@ -185,7 +180,7 @@ void LQSGSectionDialog::init(Lodex::ICommandStub* stub)
     Lodex::CopyCString name;
     if (!stub || !stub->get("sgrid", name))
         return;
-    if (find_sgrid(name))
+    if (find_sgrid(Lodex::to_qstring(name)))
         gridSelector_->setSelectedItems({Lodex::to_qstring(name)});
 }
 
@@ -207,9 +202,15 @@ void LQSGSectionDialog::setNewGridName(const QString& name)
         new_grid_name_->setText(unused);
 }
 
+Lodex::SGrid* LQSGSectionDialog::find_sgrid(const QString& name)
+{
+    return static_cast<Lodex::SGrid*>(
+        Lodex::GeobaseLib::instance()->find(to_cstring(name), Lodex::SGrid::static_type_id_()));
+}
+
 void LQSGSectionDialog::update_sgrid()
 {
-    sgrid_ = find_sgrid(to_cstring(sgrid_name()));
+    sgrid_ = find_sgrid(sgrid_name());
 }
 
 bool LQSGSectionDialog::check()
@@ -292,14 +293,8 @@ void LQSGSectionDialog::set_paint(bool on)
 
 void LQSGSectionDialog::unPaintSections()
 {
-    const Lodex::CString name = to_cstring(sgrid_name());
-    if (name.empty())
-        return;
-    std::ostringstream command = command_stream();
-    command << "lodex on Style " << name << " set attribute *sections value \" 3 1 0 0 2 0 0 3 0 0\";"
-            << "lodex on Style " << name << " update ;"
-            << "lodex update all cameras";
-    execute(command);
+    if (!sgrid_name().isEmpty())
+        send_sections("\" 3 1 0 0 2 0 0 3 0 0\";");
 }
 
 bool LQSGSectionDialog::can_paint() const
@@ -307,29 +302,39 @@ bool LQSGSectionDialog::can_paint() const
     if (!paint_on_)
         return false;
     if (sgrid_name().isEmpty()) {
-        Logger::warning(Format(to_cstring(tr("Please provide a sgrid for painting the sections on\n"))));
+        warn_no_grid();
         return false;
     }
     return true;
 }
 
+void LQSGSectionDialog::warn_no_grid() const
+{
+    Logger::warning(Format(to_cstring(tr("Please provide a sgrid for painting the sections on\n"))));
+}
+
 void LQSGSectionDialog::paint_sections(int axis, const std::string& triples, long count)
+{
+    std::ostringstream quoted = command_stream();
+    quoted << "\" " << count + 2 << triples << (axis == 1 ? " 2 0 0" : " 1 0 0")
+           << (axis == 1 || axis == 2 ? " 3 0 0" : " 2 0 0") << "\" ;";
+    send_sections(quoted.str());
+}
+
+void LQSGSectionDialog::send_sections(const std::string& quoted)
 {
     const Lodex::CString name = to_cstring(sgrid_name());
     std::ostringstream command = command_stream();
-    command << "lodex on Style " << name << " set attribute *sections value \" " << count + 2 << triples
-            << (axis == 1 ? " 2 0 0" : " 1 0 0") << (axis == 1 || axis == 2 ? " 3 0 0" : " 2 0 0") << "\" ;"
-            << "lodex on Style " << name << " update ;"
+    command << "lodex on Style " << name << " set attribute *sections value " << quoted << "lodex on Style " << name
+            << " update ;"
             << "lodex update all cameras";
     execute(command);
 }
 
 void LQSGSectionDialog::execute(std::ostringstream& command)
 {
-    const bool outer = executing_;
-    executing_ = true;
+    const auto held = hold();
     submit_command(command);
-    executing_ = outer;
 }
 
 } // namespace Kelvane

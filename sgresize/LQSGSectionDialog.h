@@ -6,6 +6,7 @@
 #include <Lodex/utils/CString.h>
 
 #include <QPointer>
+#include <QScopedValueRollback>
 #include <QWidget>
 
 #include <memory>
@@ -99,6 +100,8 @@ protected:
     [[nodiscard]] bool check();
     /// Looks up the grid that the selector names.
     void update_sgrid();
+    /// The stratigraphic grid of this name in the catalogue; null when there is none.
+    [[nodiscard]] static Lodex::SGrid* find_sgrid(const QString& name);
 
     [[nodiscard]] QString sgrid_name() const;
     [[nodiscard]] QString new_grid_name() const;
@@ -109,10 +112,16 @@ protected:
     /// Sends painted sections of one axis (1 to 3) to the source grid's style; the two other axes are cleared.
     /// `triples` holds `count` triples of axis, 1 and index, a blank before each number.
     void paint_sections(int axis, const std::string& triples, long count);
+    /// Sets the source grid's painted sections to this text, quotes and the semicolon behind them included, and shows
+    /// them.
+    void send_sections(const std::string& quoted);
     /// True when painting is on and a grid is selected; a missing grid is reported.
     [[nodiscard]] bool can_paint() const;
+    void warn_no_grid() const;
     /// Runs the command. While it runs, no button of the dialog does anything and the window stays open.
     void execute(std::ostringstream& command);
+    /// Keeps that state over several commands, for as long as the returned object lives.
+    [[nodiscard]] QScopedValueRollback<bool> hold() { return QScopedValueRollback<bool>(executing_, true); }
     [[nodiscard]] bool is_executing() const { return executing_; }
 
 private:

@@ -105,6 +105,13 @@ void LQSGSectionEditor::updateCells(int)
         manager_->updateCells();
 }
 
+void LQSGSectionEditor::adopt(QWidget* widget)
+{
+    widget->setFocusPolicy(Qt::StrongFocus);
+    widget->installEventFilter(new WheelGuard(widget));
+    widgets_.append(widget);
+}
+
 QSpinBox* LQSGSectionEditor::new_box(const char* name, const QString& tip, int minimum, int maximum)
 {
     auto* box = new QSpinBox;
@@ -112,11 +119,9 @@ QSpinBox* LQSGSectionEditor::new_box(const char* name, const QString& tip, int m
     box->setToolTip(tip);
     box->setAccessibleName(tip);
     box->setKeyboardTracking(false);
-    box->setFocusPolicy(Qt::StrongFocus);
-    box->installEventFilter(new WheelGuard(box));
     box->setRange(minimum, maximum);
     box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("99999")) + 40);
-    widgets_.append(box);
+    adopt(box);
     return box;
 }
 

@@ -7,8 +7,8 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QPushButton>
 
-class QPushButton;
 class QSpinBox;
 class QTableWidget;
 
@@ -63,7 +63,10 @@ public slots:
 protected:
     using PickTool = LQSGridCellSectionSelectToolAction;
 
-    /// A spin box that takes a typed number as a whole and does not turn under the wheel while the table scrolls.
+    /// Takes a widget into the row: release() cuts it off, and it does not turn under the wheel while the table
+    /// scrolls.
+    void adopt(QWidget* widget);
+    /// An adopted spin box that takes a typed number as a whole.
     [[nodiscard]] QSpinBox* new_box(const char* name, const QString& tip, int minimum, int maximum);
     /// The box bound to the value and a button that starts the pick tool, as one cell of the table.
     void set_picked_cell(QTableWidget* table, int row, int column, QSpinBox* box, Lodex::IntValue* value,

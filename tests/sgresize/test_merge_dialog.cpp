@@ -437,16 +437,6 @@ TEST_F(MergeDialog, UnitsOnlyMatterAlongKAndWhereThereAreAny)
     EXPECT_EQ(log.texts.size(), 2U);
 }
 
-/// Marks everything that can be translated.
-class MarkingTranslator : public QTranslator {
-public:
-    [[nodiscard]] bool isEmpty() const override { return false; }
-    [[nodiscard]] QString translate(const char* context, const char* text, const char*, int) const override
-    {
-        return qstrncmp(context, "Kelvane::", 9) == 0 ? QStringLiteral("<") + text + QStringLiteral(">") : QString();
-    }
-};
-
 TEST_F(MergeDialog, MessagesAndTextsAreTranslatedButNotCommands)
 {
     MarkingTranslator translator;
