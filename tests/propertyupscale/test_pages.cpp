@@ -239,6 +239,14 @@ TEST_F(WizardPages, CoarseNamesStayWhatWasTyped)
     QTest::keyClicks(field, "ol");
     QTest::keyClick(field, Qt::Key_Tab);
     EXPECT_EQ(list("coarse_prop_cb_")->currentText(), "ol");
+    // Nor is it made one that differs in its capitals only.
+    QTest::mouseClick(field, Qt::LeftButton);
+    field->setFocus();
+    QTest::keyClicks(field, "d");
+    QTest::keyClick(field, Qt::Key_Tab);
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_EQ(list("coarse_prop_cb_")->currentText(), "old");
+    EXPECT_EQ(list("coarse_prop_cb_")->items(), (QStringList{"OLD", "OTHER"})) << "nor does a typed name join the list";
 }
 
 TEST_F(WizardPages, TypedTextCannotBecomeASecondCommand)
