@@ -1,7 +1,7 @@
 #pragma once
 
-// What the benchmark programs measure with: runs that take turns, so that other work on the machine slows all of them alike,
-// medians, copies of files for comparison, and the peak memory of a reading in a process of its own.
+// What the benchmark programs measure with: runs that take turns, so that other work on the machine slows all of them
+// alike, medians, copies of files for comparison, and the peak memory of a reading in a process of its own.
 
 #include <lodex/gridio/GridFormat.h>
 
@@ -73,16 +73,19 @@ inline std::vector<Time> medians(const std::vector<std::function<void()>>& works
 inline void print(const char* what, double mega_bytes, const Time& time, const Time& beside, const char* beside_what)
 {
     std::printf("  %-24s %8.0f MB/s (%.0f MB/s of processor time), %.2f (%.2f) times the speed of %s\n", what,
-                mega_bytes / time.wall, mega_bytes / time.cpu, beside.wall / time.wall, beside.cpu / time.cpu, beside_what);
+                mega_bytes / time.wall, mega_bytes / time.cpu, beside.wall / time.wall, beside.cpu / time.cpu,
+                beside_what);
     std::fflush(stdout);
 }
 
-/// Copies with read() and write(); `to` empty: reads alone. sync: brings the copy to the disk, as the writers do.
-inline void copy_file(const std::filesystem::path& from, const std::filesystem::path& to, bool sync = false)
+/// Copies with read() and write(); `to` empty: reads alone. safely: as the writers do, to a new file that is brought to
+/// the disk and renamed.
+inline void copy_file(const std::filesystem::path& from, const std::filesystem::path& to, bool safely = false)
 {
     constexpr std::size_t size = 1 << 20;
     const int in = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
-    const int out = to.empty() ? -1 : ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const std::filesystem::path name = safely ? to.string() + ".new" : to.string();
+    const int out = to.empty() ? -1 : ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     const auto buffer = std::make_unique_for_overwrite<char[]>(size);
     for (ssize_t got = 0; (got = ::read(in, buffer.get(), size)) > 0;) {
         if (out >= 0 && ::write(out, buffer.get(), static_cast<std::size_t>(got)) != got) {
@@ -92,10 +95,13 @@ inline void copy_file(const std::filesystem::path& from, const std::filesystem::
     }
     ::close(in);
     if (out >= 0) {
-        if (sync) {
+        if (safely) {
             ::fsync(out);
         }
         ::close(out);
+        if (safely) {
+            std::filesystem::rename(name, to);
+        }
     }
 }
 
@@ -128,16 +134,16 @@ inline double memory(const char* line)
     return bytes;
 }
 
-/// Answers "PROGRAM --peak FILE": reads the file and prints the peak of memory beside the model's bytes. Not getrusage(),
-/// which counts what the process was before it became this program.
+/// Answers "PROGRAM --peak FILE": reads the file and prints the peak of memory beside the model's bytes. Not
+/// getrusage(), which counts what the process was before it became this program.
 inline int print_peak_of_this_process(const char* path)
 {
     const double before = memory("VmRSS:");
     const auto result = lodex::GridFormats::for_reading(path).read(path, {});
     const double peak = memory("VmHWM:") - before;
     const double model = model_bytes(result.model);
-    std::printf("  %-24s %8.0f MB more than before, %.2f times the model's %.0f MB\n", "peak memory of reading", peak / 1e6,
-                peak / model, model / 1e6);
+    std::printf("  %-24s %8.0f MB more than before, %.2f times the model's %.0f MB\n", "peak memory of reading",
+                peak / 1e6, peak / model, model / 1e6);
     return 0;
 }
 

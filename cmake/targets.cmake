@@ -75,3 +75,11 @@ function(module_part NAME)
   set_target_properties(${NAME} PROPERTIES AUTOMOC ON)
   target_precompile_headers(${NAME} PRIVATE <QtWidgets/QtWidgets>)
 endfunction()
+
+# careful_rounding(FILE...)
+# For sources that round doubles through float: GCC 12 loses the rounding where it pairs such conversions into vectors.
+function(careful_rounding)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS -fno-tree-slp-vectorize)
+  endif()
+endfunction()

@@ -35,8 +35,8 @@ struct AverageResult {
     UpscalingReport report;
 };
 
-/// Methods that take no weights do not look at them. Throws std::runtime_error naming the property and the cell when a
-/// weight is negative, Cancelled. The result does not depend on the number of threads.
+/// Methods that take no weights do not look at them. Throws std::runtime_error naming the property when a weight of one
+/// of the cells that are read is negative, Cancelled. The result does not depend on the number of threads.
 [[nodiscard]] AverageResult upscale_by_average(const AverageRequest& request, const Lodex::ProgressCheck& progress = {});
 
 } // namespace Kelvane

@@ -222,6 +222,8 @@ private:
             std::size_t defined = 0, missing = 0;
             for (std::size_t n = 0; n < count; ++n) {
                 values[n] = passable[n] ? read[next++] : 0;
+                if (values[n] < 0)
+                    values[n] = 0; // sealed, and as such a neighbour of undefined ones
                 defined += passable[n] && !std::isnan(values[n]);
                 missing += std::isnan(values[n]);
             }

@@ -2,10 +2,10 @@
 
 #include <lodex/gridio/GrdeclReaderImpl.h>
 #include <lodex/gridio/TextNumbers.h>
+#include <lodex/volumes/model/LargeArray.h>
 
 #include <cmath>
 #include <new>
-#include <sys/mman.h>
 
 namespace lodex::grdecl {
 
@@ -75,21 +75,11 @@ struct ActivePolicy {
     static std::uint8_t undefined() { return 1; }
 };
 
-/// Room for that many values, on large pages where the system has them: on small ones the page faults cost as much as
-/// the copying.
+/// Room for that many values.
 template <class Value> void reserve_array(std::vector<Value>& values, std::uint64_t count)
 {
     values.reserve(static_cast<std::size_t>(count));
-#ifdef MADV_HUGEPAGE
-    constexpr std::uintptr_t page = 4096;
-    constexpr std::size_t large = std::size_t{4} << 20;
-    if (count * sizeof(Value) >= large) {
-        const auto first = (reinterpret_cast<std::uintptr_t>(values.data()) + page - 1) / page * page;
-        const auto last = reinterpret_cast<std::uintptr_t>(values.data() + count) / page * page;
-        // Advice: its failure costs time only.
-        [[maybe_unused]] const int result = ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-    }
-#endif
+    advise_large_pages(values.data(), static_cast<std::size_t>(count) * sizeof(Value));
 }
 
 } // namespace

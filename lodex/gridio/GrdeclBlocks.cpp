@@ -1,5 +1,6 @@
 // Block-centred grids turned into corner points.
 
+#include <lodex/gridio/FloatFit.h>
 #include <lodex/gridio/GrdeclReaderImpl.h>
 #include <lodex/gridio/TextNumbers.h>
 
@@ -10,8 +11,7 @@ namespace {
 /// In 32 bits when these hold all numbers exactly.
 RealArray narrowed(std::vector<double> values)
 {
-    const auto exact = [](double value) { return static_cast<double>(static_cast<float>(value)) == value; };
-    if (!std::all_of(values.begin(), values.end(), exact)) {
+    if (!fits_float(values)) {
         return values;
     }
     return std::vector<float>(values.begin(), values.end());

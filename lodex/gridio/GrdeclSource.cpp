@@ -2,6 +2,7 @@
 
 #include <lodex/gridio/GrdeclText.h>
 #include <lodex/utils/FileError.h>
+#include <lodex/volumes/model/LargeArray.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -143,12 +144,9 @@ void Source::reserve(std::size_t size)
     const auto address = reinterpret_cast<std::uintptr_t>(mapping_);
     begin = mapping_ + ((address + large_page - 1) / large_page * large_page - address);
     end = begin + size;
-#ifdef MADV_HUGEPAGE
     if (step_ % large_page == 0) {
-        // Small pages cost as much time as the copying. Advice: its failure costs time only.
-        [[maybe_unused]] const int result = ::madvise(mapping_, mapped_, MADV_HUGEPAGE);
+        advise_large_pages(mapping_, mapped_);
     }
-#endif
     [[maybe_unused]] const int advised = ::posix_fadvise(descriptor_, 0, 0, POSIX_FADV_SEQUENTIAL);
 }
 

@@ -43,6 +43,7 @@ public:
             }
             read_record(*header);
         }
+        reader_->check_unchanged();
         if (!size_known_) {
             throw FileError(reader_->file(), 0, "ends before DIMENS");
         }
@@ -52,7 +53,6 @@ public:
         if (listed_ == 0) {
             throw FileError(reader_->file(), 0, "lists no cells");
         }
-        reader_->check_unchanged();
         if (!options_.properties_only) {
             fill_pillars();
             fill_cells();

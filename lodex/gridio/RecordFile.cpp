@@ -376,6 +376,7 @@ void Reader::check_unchanged() const
 
 void Reader::fail_at(std::uint64_t byte, std::int64_t line, const std::string& reason) const
 {
+    check_unchanged(); // else what it says here is an accident
     const std::string array = header_.name.empty() ? "" : in_quotes(header_.name) + ": ";
     throw FileError(shown_, formatted_ ? line : 0,
                     formatted_ ? array + reason : "at byte " + std::to_string(byte) + ": " + array + reason);

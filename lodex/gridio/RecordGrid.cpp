@@ -1,6 +1,8 @@
 #include <lodex/gridio/RecordGrid.h>
 
+#include <lodex/gridio/FloatFit.h>
 #include <lodex/gridio/GrdeclKeywords.h>
+#include <lodex/volumes/model/LargeArray.h>
 #include <lodex/volumes/model/PropertyTools.h>
 #include <lodex/utils/Memory.h>
 
@@ -9,7 +11,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <sys/mman.h>
 #include <type_traits>
 
 namespace lodex::records {
@@ -64,16 +65,7 @@ template <class T> std::vector<T> reserved_array(std::size_t count)
 {
     std::vector<T> array;
     array.reserve(count);
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-    constexpr std::uintptr_t page = 4096;
-    constexpr std::uintptr_t large = std::uintptr_t{1} << 22;
-    if (count * sizeof(T) >= large) {
-        const auto first = (reinterpret_cast<std::uintptr_t>(array.data()) + page - 1) / page * page;
-        const auto last = reinterpret_cast<std::uintptr_t>(array.data() + count) / page * page;
-        // Advice: its failure costs time only.
-        (void)::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-    }
-#endif
+    advise_large_pages(array.data(), count * sizeof(T));
     return array;
 }
 
@@ -604,14 +596,10 @@ void write_frame(Writer& writer, const GridFrame& frame, const std::filesystem::
     }
     if (frame.map_axes) {
         std::array<float, 6> values{};
-        bool rounded = false;
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            values[i] = static_cast<float>((*frame.map_axes)[i]);
-            rounded = rounded || static_cast<double>(values[i]) != (*frame.map_axes)[i];
-        }
+        narrow(*frame.map_axes, values);
         writer.begin("MAPAXES", Type::Real, values.size(), target);
         writer.put(std::span<const float>(values));
-        if (rounded) {
+        if (!fits_float(*frame.map_axes)) {
             log.add("rounded numbers", {Message::Level::Warning, "", 0, "MAPAXES is rounded to 32 bits"});
         }
     }
@@ -656,7 +644,7 @@ bool write_reals(Writer& writer, std::string_view name, const RealArray& array, 
     bool rounded = false;
     array.visit([&](auto all) {
         using T = std::remove_const_t<typename decltype(all)::element_type>;
-        std::vector<float> narrow(!as_double && std::is_same_v<T, double> ? std::min(all.size(), write_chunk) : 0);
+        std::vector<float> rounding(!as_double && std::is_same_v<T, double> ? std::min(all.size(), write_chunk) : 0);
         in_chunks(all.size(), progress, [&](std::size_t first, std::size_t count) {
             const auto part = all.subspan(first, count);
             if constexpr (std::is_same_v<T, float>) {
@@ -664,11 +652,12 @@ bool write_reals(Writer& writer, std::string_view name, const RealArray& array, 
             } else if (as_double) {
                 writer.put(std::span<const double>(part));
             } else {
-                for (std::size_t i = 0; i < count; ++i) {
-                    narrow[i] = static_cast<float>(part[i]);
-                    rounded = rounded || (static_cast<double>(narrow[i]) != part[i] && !std::isnan(part[i]));
-                }
-                writer.put(std::span<const float>(narrow).first(count));
+                const auto put = std::span(rounding).first(count);
+                narrow(part, put);
+                rounded = rounded || (!fits_float(part) && std::any_of(part.begin(), part.end(), [](double value) {
+                    return !std::isnan(value) && !fits_float(value);
+                }));
+                writer.put(std::span<const float>(put));
             }
         });
     });

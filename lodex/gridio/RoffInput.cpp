@@ -242,8 +242,8 @@ const Key* Tag::find(std::string_view key) const
 }
 
 Input::Input(const ByteSource& source, std::function<void(std::uint64_t)> claim,
-             std::function<void(std::uint64_t)> tick)
-    : source_(source), claim_(std::move(claim)), tick_(std::move(tick))
+             std::function<void(std::uint64_t)> tick, std::function<NumberSink*(const Tag&)> sink_for)
+    : source_(source), claim_(std::move(claim)), tick_(std::move(tick)), sink_for_(std::move(sink_for))
 {
     buffer_.resize(binary_window + 1);
     fill();
@@ -503,7 +503,8 @@ void Input::read_key(const std::string& type_word, Tag& tag, bool wanted)
     if (key.array) {
         key.count = array_count();
     }
-    read_values(key, wanted);
+    const bool may_stream = wanted && text_ && key.array && (key.type == Type::Float || key.type == Type::Double);
+    read_values(key, wanted, may_stream ? sink_for_(tag) : nullptr);
     if (tag.name == "filedata" && key.name == "byteswaptest" && !key.array) {
         byte_order(key);
     }
@@ -541,14 +542,14 @@ void Input::byte_order(const Key& key)
     swap_ = true;
 }
 
-void Input::read_values(Key& key, bool wanted)
+void Input::read_values(Key& key, bool wanted, NumberSink* sink)
 {
     if (key.type == Type::Char) {
         read_strings(key, wanted);
         return;
     }
     if (text_) {
-        read_text_numbers(key, wanted);
+        read_text_numbers(key, wanted, sink);
         return;
     }
     if (bytes_of(key.type) > 1 && !order_known_ && key.name != "byteswaptest") {
@@ -577,7 +578,7 @@ void Input::read_strings(Key& key, bool wanted)
     }
 }
 
-void Input::read_text_numbers(Key& key, bool wanted)
+void Input::read_text_numbers(Key& key, bool wanted, NumberSink* sink)
 {
     // Each takes a digit and a blank at least.
     if (key.count > (source_.size() - position()) / 2 + 1) {
@@ -590,24 +591,34 @@ void Input::read_text_numbers(Key& key, bool wanted)
     }
     switch (key.type) {
     case Type::Float:
-        parse_numbers(key, key.numbers.emplace<std::vector<float>>());
+        parse_numbers(key, key.numbers.emplace<std::vector<float>>(), sink);
         break;
     case Type::Double:
-        parse_numbers(key, key.numbers.emplace<std::vector<double>>());
+        parse_numbers(key, key.numbers.emplace<std::vector<double>>(), sink);
         break;
     case Type::Int:
-        parse_numbers(key, key.numbers.emplace<std::vector<std::int32_t>>());
+        parse_numbers(key, key.numbers.emplace<std::vector<std::int32_t>>(), sink);
         break;
     default:
-        parse_numbers(key, key.numbers.emplace<std::vector<std::uint8_t>>());
+        parse_numbers(key, key.numbers.emplace<std::vector<std::uint8_t>>(), sink);
     }
 }
 
-template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
+template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values, NumberSink* sink)
 {
-    claim_(key.count * sizeof(T));
-    values.resize(key.count);
+    const std::uint64_t room = sink == nullptr ? key.count : std::min<std::uint64_t>(key.count, NumberSink::piece);
+    claim_(room * sizeof(T));
+    values.resize(room);
     std::uint64_t done = 0;
+    std::uint64_t given = 0; // to the sink
+    const auto give = [&] {
+        if constexpr (std::is_floating_point_v<T>) {
+            if (sink != nullptr) {
+                sink->take(std::span<const T>(values).first(done - given));
+                given = done;
+            }
+        }
+    };
     const auto bad = [&](const char* p) {
         pos_ = static_cast<std::size_t>(p - buffer_.data());
         const std::string found = next_word_for_message();
@@ -617,6 +628,9 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
         fail(here(), "found " + found + ", expected " + which + " (" + std::string(type_name(key.type)) + ")");
     };
     while (done < key.count) {
+        if (done - given == room) {
+            give();
+        }
         skip_blanks();
         if (!ensure(longest_number) && pos_ == length_) {
             fail(here(), "the file ends after " + std::to_string(done) + " of the " + std::to_string(key.count)
@@ -629,7 +643,8 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
         const auto ended = [end, limit](const char* q) {
             return is_blank(*q) || (ends_number(*q) && (q != end || limit == end));
         };
-        while (done < key.count) {
+        const std::uint64_t until = given + std::min(room, key.count - given);
+        while (done < until) {
             while (is_blank(*p)) {
                 ++p;
             }
@@ -646,7 +661,7 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
                     if (p == start || !ended(p)) {
                         bad(start);
                     }
-                    values[done++] = static_cast<T>(special);
+                    values[done++ - given] = static_cast<T>(special);
                     continue;
                 }
                 T value{};
@@ -658,7 +673,7 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
                 if (!ended(p) || !(std::fabs(value) <= std::numeric_limits<T>::max())) [[unlikely]] {
                     bad(start);
                 }
-                values[done++] = value;
+                values[done++ - given] = value;
             } else {
                 p = parse_decimal(p, number);
                 const auto value = p == start ? std::nullopt : to_integer(number);
@@ -666,10 +681,14 @@ template <class T> void Input::parse_numbers(Key& key, std::vector<T>& values)
                 if (!value || !ended(p) || (one_byte && (*value < 0 || *value > 255))) [[unlikely]] {
                     bad(start);
                 }
-                values[done++] = static_cast<T>(*value);
+                values[done++ - given] = static_cast<T>(*value);
             }
         }
         pos_ = static_cast<std::size_t>(p - buffer_.data());
+    }
+    give();
+    if (sink != nullptr) {
+        values = {};
     }
 }
 

@@ -74,13 +74,27 @@ struct Tag {
     [[nodiscard]] const Key* find(std::string_view key) const;
 };
 
+/// Takes the numbers of an array of a text file as they come.
+class NumberSink {
+public:
+    static constexpr std::size_t piece = 1 << 16; ///< numbers at a time, at most
+
+    NumberSink() = default;
+    virtual ~NumberSink() = default;
+    NumberSink(const NumberSink&) = delete;
+    NumberSink& operator=(const NumberSink&) = delete;
+    virtual void take(std::span<const float> numbers) = 0;
+    virtual void take(std::span<const double> numbers) = 0;
+};
+
 /// Reads tags one after the other and hands out the numbers of their arrays.
 class Input {
 public:
     /// claim is asked before memory for numbers is taken and throws when it is too much; tick is called with the number
-    /// of bytes that were handled since its last call.
+    /// of bytes that were handled since its last call. sink_for is asked about arrays of text files, whose key is the
+    /// last one of the tag: the numbers (float or double) go to the sink, not to the key, unless it is null.
     Input(const ByteSource& source, std::function<void(std::uint64_t bytes)> claim,
-          std::function<void(std::uint64_t bytes)> tick);
+          std::function<void(std::uint64_t bytes)> tick, std::function<NumberSink*(const Tag&)> sink_for);
 
     [[nodiscard]] bool text() const { return text_; }
 
@@ -146,10 +160,10 @@ private:
     std::string terminated(std::size_t longest, const char* what);
     std::uint64_t array_count();
     void read_key(const std::string& type_word, Tag& tag, bool wanted);
-    void read_values(Key& key, bool wanted);
+    void read_values(Key& key, bool wanted, NumberSink* sink = nullptr);
     void read_strings(Key& key, bool wanted);
-    void read_text_numbers(Key& key, bool wanted);
-    template <class T> void parse_numbers(Key& key, std::vector<T>& values);
+    void read_text_numbers(Key& key, bool wanted, NumberSink* sink);
+    template <class T> void parse_numbers(Key& key, std::vector<T>& values, NumberSink* sink);
     void skip_numbers(const Key& key);
     void handled();
     void byte_order(const Key& key);
@@ -159,6 +173,7 @@ private:
     const ByteSource& source_;
     std::function<void(std::uint64_t)> claim_;
     std::function<void(std::uint64_t)> tick_;
+    std::function<NumberSink*(const Tag&)> sink_for_;
     bool text_ = false;
     bool swap_ = false;
     bool order_known_ = false;

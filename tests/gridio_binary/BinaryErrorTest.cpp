@@ -11,6 +11,7 @@
 #include <lodex/volumes/model/CellGeometry.h>
 
 #include <cmath>
+#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -581,6 +582,104 @@ TEST_F(BinaryError, Cancellation)
             options.progress = [&](double) { return calls++ < allowed; };
             EXPECT_THROW((void)format.read(folder / file, options), Cancelled);
         }
+    }
+}
+
+/// Reads a file while something happens, at a certain sign of progress.
+struct Reading {
+    std::string failure; ///< "" when it went well
+    GridModel model;
+    std::size_t signs = 0;
+};
+Reading read_while(const GridFormat& format, const std::filesystem::path& path, std::size_t sign,
+                   const std::function<void()>& something)
+{
+    Reading reading;
+    ReadOptions options;
+    options.progress = [&](double) {
+        if (reading.signs++ == sign) {
+            something();
+        }
+        return true;
+    };
+    try {
+        reading.model = format.read(path, options).model;
+    } catch (const FileError& error) {
+        reading.failure = error.reason();
+    }
+    return reading;
+}
+
+TEST_F(BinaryError, FilesThatChangeDuringTheImport)
+{
+    // Not in memory as a whole when it happens.
+    const SmallGrid large({40, 40, 20});
+    const auto cells = static_cast<std::int32_t>(large.cells());
+    const auto grid_path = folder.write("G.GRID", old_grid_bytes(large).bytes());
+    const auto egrid_path
+        = folder.write("E.EGRID", test::egrid_bytes(large, std::vector<std::int32_t>(large.cells(), 1)).bytes());
+    RecordBytes properties = test::init_bytes(large.size, cells);
+    for (const std::string name : {"PERMX", "PERMY", "PERMZ", "PORV", "DX", "DY", "DZ", "DEPTH"}) {
+        properties.doubles(name, std::vector<double>(large.cells(), 1.5));
+    }
+    const auto old_init_path = folder.write("G.INIT", properties.bytes());
+    const auto init_path = folder.write("E.INIT", properties.bytes());
+    struct Case {
+        const char* what;
+        const char* format;
+        std::filesystem::path read, changed;
+    };
+    for (const Case& c : {Case{"old GRID", "grid", grid_path, grid_path},
+                          Case{"INIT beside the old GRID", "grid", grid_path, old_init_path},
+                          Case{"EGRID", "egrid", egrid_path, egrid_path},
+                          Case{"INIT beside the EGRID", "egrid", egrid_path, init_path},
+                          Case{"INIT", "init", init_path, init_path}}) {
+        SCOPED_TRACE(c.what);
+        const GridFormat& format = *GridFormats::find(c.format);
+        const std::string bytes = test::file_text(c.changed);
+        const auto put = [&](const std::string& content) { folder.write(c.changed.filename().string(), content); };
+        const Reading before = read_while(format, c.read, 0, [] {});
+        ASSERT_EQ(before.failure, "");
+        ASSERT_GE(before.signs, 2U);
+
+        // As long as before and as good, with another value.
+        std::string other = bytes;
+        Reading after;
+        for (std::size_t at = bytes.size() - bytes.size() / 8;; ++at) {
+            ASSERT_LT(at, bytes.size());
+            other = bytes;
+            other[at] = static_cast<char>(other[at] ^ 4);
+            put(other);
+            after = read_while(format, c.read, 0, [] {});
+            if (after.failure.empty() && !test::difference(before.model, after.model).empty()) {
+                break;
+            }
+        }
+        std::size_t refused = 0;
+        for (std::size_t sign = 0; sign < before.signs; ++sign) {
+            for (const std::string& content :
+                 {other, bytes + std::string(1000, '\0'), bytes.substr(0, bytes.size() / 2)}) {
+                put(bytes);
+                const Reading reading = read_while(format, c.read, sign, [&] { put(content); });
+                if (!reading.failure.empty()) {
+                    // Opened after the change it is what it is, else it is said to have changed.
+                    put(content);
+                    const std::string as_it_is = read_while(format, c.read, 0, [] {}).failure;
+                    const bool told = reading.failure.find("while it was being read") != std::string::npos;
+                    EXPECT_TRUE(told || reading.failure == as_it_is) << sign << ": " << reading.failure;
+                    refused += told ? 1 : 0;
+                } else if (content == other) {
+                    EXPECT_TRUE(test::difference(before.model, reading.model).empty()
+                                || test::difference(after.model, reading.model).empty())
+                        << sign << ": neither the old file nor the new one";
+                } else if (content.size() > bytes.size()) {
+                    EXPECT_EQ(test::difference(before.model, reading.model), "") << sign;
+                }
+            }
+        }
+        EXPECT_GT(refused, 0U);
+        put(bytes);
+        EXPECT_EQ(read_while(format, c.read, 0, [] {}).failure, "");
     }
 }
 

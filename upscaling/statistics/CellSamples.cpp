@@ -3,6 +3,7 @@
 #include <Lodex/volumes/SGrid.h>
 #include <Lodex/volumes/SGridCube.h>
 
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -33,6 +34,25 @@ CellSamples::Source CellSamples::source(const Lodex::SGrid& grid, int property) 
     if (std::visit([](const auto& values) { return values.size(); }, source.values) != active_.size())
         throw std::invalid_argument("the property \"" + found->name().str() + "\" does not have one value a cell");
     return source;
+}
+
+Fingerprint CellSamples::fingerprint() const
+{
+    Fingerprint all;
+    all.add(static_cast<std::uint64_t>(layers_));
+    all.add(layer_cells_);
+    all.add(active_);
+    region_.add_to(all);
+    all.add(volumes_);
+    for (const Source* source : {&numerator_, denominator_ ? &*denominator_ : nullptr}) {
+        all.add(source ? source->values.index() + 1 : 0);
+        if (!source)
+            continue;
+        std::visit([&](const auto& values) { all.add(values); }, source->values);
+        all.add(source->no_data ? 1 : 0);
+        all.add(std::bit_cast<std::uint64_t>(source->no_data.value_or(0)));
+    }
+    return all;
 }
 
 void CellSamples::read(long layer, Layer& samples) const

@@ -36,6 +36,9 @@ public:
     /// ratio or the weight is not finite. layer is 0-based. What `samples` held is replaced.
     void read(long layer, Layer& samples) const;
 
+    /// Stands for all that read() depends on: numbers, no-data values, active flags, regions, volumes.
+    [[nodiscard]] Fingerprint fingerprint() const;
+
 private:
     /// One property's numbers and what counts as undefined among them.
     struct Source {

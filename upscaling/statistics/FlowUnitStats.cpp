@@ -113,6 +113,24 @@ std::vector<int> stratigraphic_units_of(const Lodex::SGrid& grid, long layers)
     return units;
 }
 
+/// Notices that a grid changes or goes while something is worked out from its arrays.
+class GridWatch final : private Lodex::GObjObserver {
+public:
+    explicit GridWatch(const Lodex::SGrid& grid) { observe(const_cast<Lodex::SGrid*>(&grid)); } // does not change it
+
+    [[nodiscard]] bool disturbed() const { return disturbed_; }
+
+private:
+    void update(Lodex::Component*) override { disturbed_ = true; }
+    void disconnect(Lodex::Component* component) override
+    {
+        GObjObserver::disconnect(component);
+        disturbed_ = true;
+    }
+
+    bool disturbed_ = false;
+};
+
 std::vector<float> to_floats(const std::vector<double>& numbers)
 {
     std::vector<float> floats(numbers.size());
@@ -178,7 +196,8 @@ CellSamples FlowUnitStats::samples_of(const Lodex::SGrid& grid, const Settings& 
     return {grid, settings.property, settings.denominator, settings.region, settings.volume_weighted};
 }
 
-FlowUnitStats::Layers FlowUnitStats::layers_of(const CellSamples& samples, const Settings& settings)
+FlowUnitStats::Layers FlowUnitStats::layers_of(const CellSamples& samples, const Settings& settings,
+                                               const ProgressCheck& progress)
 {
     const AverageRules rules = rules_of(settings.method, settings.power);
     const auto count = static_cast<std::size_t>(samples.layers());
@@ -186,8 +205,6 @@ FlowUnitStats::Layers FlowUnitStats::layers_of(const CellSamples& samples, const
     if (rules.joinable)
         layers.partials.assign(count, PartialAverage(settings.method, settings.power));
 
-    Lodex::ProgressTracer tracer("Computing flow unit statistics...");
-    const ProgressCheck progress = [&](double done) { return tracer.set_done(done); };
     for_layers(samples, progress, [&](long k) {
         const auto layer = static_cast<std::size_t>(k);
         CellSamples::Layer cells;
@@ -256,10 +273,19 @@ try {
     const Settings settings = checked(property, denominator, averaging_method, region, volume_weighted, power);
 
     // Everything new is made before anything kept is touched, so that a stop leaves the former results.
-    const bool from_start = outdated_ || observed() != grid || settings_ != settings;
+    bool from_start = observed() != grid || settings_ != settings;
+    Fingerprint fingerprint = fingerprint_;
+    if (from_start || outdated_) {
+        fingerprint = samples_of(*grid, settings).fingerprint();
+        from_start = from_start || fingerprint != fingerprint_;
+    }
     std::optional<Layers> new_layers;
-    if (from_start)
-        new_layers = layers_of(samples_of(*grid, settings), settings);
+    if (from_start) {
+        const GridWatch watch(*grid);
+        Lodex::ProgressTracer tracer(Lodex::Format::tr("Computing flow unit statistics...").text());
+        new_layers = layers_of(samples_of(*grid, settings), settings,
+                               [&](double done) { return tracer.set_done(done) && !watch.disturbed(); });
+    }
     const Layers& layers = new_layers ? *new_layers : layers_;
 
     UnitMeans new_means;
@@ -278,9 +304,10 @@ try {
     if (from_start) {
         layers_ = std::move(*new_layers);
         settings_ = settings;
+        fingerprint_ = fingerprint;
         observe(const_cast<Lodex::SGrid*>(grid)); // following a grid does not change it
-        outdated_ = false;
     }
+    outdated_ = false;
     if (from_start || unit_cache_.size() > most_kept_units)
         unit_cache_.clear();
     unit_cache_.merge(new_means);
@@ -292,7 +319,7 @@ try {
     cancelled_ = true;
     return false;
 } catch (const std::invalid_argument& error) {
-    Lodex::Logger::error(Lodex::Format("Flow unit statistics: %1\n").arg(error.what()));
+    Lodex::Logger::error(Lodex::Format::tr("Flow unit statistics: %1\n").arg(error.what()));
     return false;
 }
 
@@ -340,8 +367,10 @@ bool FlowUnitStats::compute_units_from_threshold(double value, GuessMethod metho
     if (layers_.partials.empty() && (outdated_ || !observed()))
         return false; // the cells that the statistics came from are not there any more
 
-    Lodex::ProgressTracer tracer("Creating flow units...");
-    const auto go_on = [&](double done) { return tracer.set_done(done); };
+    Lodex::ProgressTracer tracer(Lodex::Format::tr("Creating flow units...").text());
+    const auto go_on = [&](double done) {
+        return tracer.set_done(done) && (!layers_.partials.empty() || (!outdated_ && observed()));
+    };
     try {
         std::optional<SortedLayers> sorted;
         if (layers_.partials.empty())

@@ -21,8 +21,13 @@ namespace Kelvane {
 [[nodiscard]] std::optional<Average> average_of_type(const Lodex::CString& upscaler_type);
 
 /// Layer statistics are worked out on all threads, each layer by one of them in a fixed order, and kept as long as
-/// grid, properties and settings stay the same; flow units are put together from them. Where an average cannot be put
-/// together (median, most probable value, Dykstra-Parsons) the units that are new are worked out from the cells.
+/// grid, settings and the numbers that they came from stay the same; flow units are put together from them. Where an
+/// average cannot be put together (median, most probable value, Dykstra-Parsons) the units that are new are worked out
+/// from the cells.
+///
+/// A grid also tells of changes that mean nothing here, such as a new record of how another grid came from it. What is
+/// kept goes only when the fingerprint of the numbers is another one. A grid that changes or goes while progress is
+/// shown stops the run as the user would.
 class FlowUnitStats final : public FlowUnitStatsManager, private Lodex::GObjObserver {
 public:
     bool execute(const Lodex::SGrid* grid, const Lodex::List<int>& flow_units, int property,
@@ -65,7 +70,8 @@ private:
     [[nodiscard]] static Settings checked(int property, int denominator, const Lodex::CString& averaging_method,
                                           const Lodex::CString& region, bool volume_weighted, double power);
     [[nodiscard]] static CellSamples samples_of(const Lodex::SGrid& grid, const Settings& settings);
-    [[nodiscard]] static Layers layers_of(const CellSamples& samples, const Settings& settings);
+    [[nodiscard]] static Layers layers_of(const CellSamples& samples, const Settings& settings,
+                                          const Lodex::ProgressCheck& progress);
     [[nodiscard]] static SortedLayers sorted_layers_of(const CellSamples& samples, const Settings& settings,
                                                        const Lodex::ProgressCheck& progress);
     [[nodiscard]] static double mean_of_cells(const CellSamples& samples, const Settings& settings, const Unit& unit);
@@ -73,7 +79,8 @@ private:
     void publish(const std::vector<Unit>& units, const std::vector<double>& means);
 
     std::optional<Settings> settings_; ///< of the layers; nothing before the first run
-    bool outdated_ = false;            ///< the grid changed or went
+    bool outdated_ = false;            ///< the grid told of a change or went
+    Fingerprint fingerprint_;          ///< of the numbers that the layers came from
     bool cancelled_ = false;
     Layers layers_;
     UnitMeans unit_cache_;

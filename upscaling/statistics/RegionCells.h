@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Fingerprint.h"
+
 #include <Lodex/utils/CString.h>
 
 #include <cstdint>
@@ -29,6 +31,13 @@ public:
                 return true;
         }
         return flags_.empty();
+    }
+    /// Adds which cells it holds.
+    void add_to(Fingerprint& fingerprint) const
+    {
+        fingerprint.add(flags_.size());
+        for (const std::span<const std::uint8_t> flags : flags_)
+            fingerprint.add(flags);
     }
 
 private:

@@ -401,14 +401,20 @@ void solve_blocks(std::span<const Block> blocks, const BlockOptions& options, st
     const std::thread::id caller = std::this_thread::get_id();
     std::atomic<std::size_t> done{0};
     std::atomic<bool> stopped{false};
-    // Only the caller's thread asks the user; the others see the answer.
-    const ProgressCheck go_on = [&](double) {
-        if (progress && std::this_thread::get_id() == caller && !stopped &&
-            !progress(static_cast<double>(done) / static_cast<double>(blocks.size())))
-            stopped = true;
+    // Only the caller's thread asks the user, telling how far its own chunk is; the others see the answer.
+    std::size_t own = 0; // blocks of the chunk that the caller's thread is at
+    double told = 0;
+    const ProgressCheck go_on = [&](double part) {
+        if (progress && std::this_thread::get_id() == caller && !stopped) {
+            const double blocks_done = static_cast<double>(done) + std::clamp(part, 0.0, 1.0) * static_cast<double>(own);
+            told = std::max(told, std::min(1.0, blocks_done / static_cast<double>(blocks.size())));
+            stopped = !progress(told);
+        }
         return !stopped;
     };
     tbb::parallel_for(std::size_t{0}, chunks.size(), [&](std::size_t n) {
+        if (std::this_thread::get_id() == caller)
+            own = chunks[n].size();
         if (!go_on(0))
             throw Cancelled{};
         // A large block runs parallel loops of its own; while it waits, no other chunk may enter this thread's solver.
