@@ -61,6 +61,9 @@ TEST_F(CompareVerb, BadInput)
               std::string::npos);
     EXPECT_NE(error("lodex on SGrid Fine compare_property PORO Coarse Fine coarse_property PORO").find("the fine grid itself"),
               std::string::npos);
+    EXPECT_NE(error("lodex on SGrid Fine compare_property PORO Coarse Other coarse_property PORO difference PORO")
+                  .find("would replace the property \"PORO\" that is compared"),
+              std::string::npos);
     EXPECT_NE(error("lodex on SGrid Fine compare_property PORO Coarse Other coarse_property PORO mapper wind").find("no mapper \"wind\""),
               std::string::npos);
 }

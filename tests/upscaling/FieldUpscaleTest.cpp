@@ -177,3 +177,24 @@ TEST_F(FieldUpscale, BitEqualOnOneAndTwoThreads)
         EXPECT_EQ(std::memcmp(results[0].data(), results[1].data(), results[0].size() * sizeof(double)), 0) << method;
     }
 }
+
+TEST_F(FieldUpscale, WeightedAveragesAreBitEqualOnOneAndTwoThreads)
+{
+    ASSERT_TRUE(run("lodex create example name E size 40+32+12 seed 7\n"
+                    "lodex sgrid_merge_multiple_sections name C sgrid E direction \"vertical\" sections 0+3+4+7+8+11"));
+    for (const std::string mapper : {"geometric", "parametric"}) { // lists and boxes
+        for (const std::string method : {"Arithmetic", "Geometric", "Harmonic", "Power", "Median"}) {
+            std::array<std::vector<double>, 2> results;
+            for (std::size_t n = 0; n < 2; ++n) {
+                const tbb::global_control threads(tbb::global_control::max_allowed_parallelism, n + 1);
+                ASSERT_TRUE(run("lodex on SGrid E upscale_porosity fine_porosity PERMX Coarse C coarse_porosity R mapper \"" + mapper +
+                                "\" upscaler \"" + method + "\" power 0.4 weight_using_volume 1 weight_using_property 1 "
+                                "weight_property_name PORO"));
+                const PropertyData& made = *model("C").find_property("R");
+                for (std::size_t cell = 0; cell < made.size(); ++cell)
+                    results[n].push_back(value_or_nan(made, cell));
+            }
+            EXPECT_EQ(std::memcmp(results[0].data(), results[1].data(), results[0].size() * sizeof(double)), 0) << mapper << ' ' << method;
+        }
+    }
+}

@@ -230,6 +230,102 @@ TEST_F(UpscaleVerb, SealedAndUndefinedSamples)
     }
 }
 
+TEST_F(UpscaleVerb, ANegativeNeighbourOfAnUndefinedSampleIsSealed)
+{
+    add_box("Fine", {1, 1, 3});
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name Coarse sgrid Fine direction \"vertical\" sections 0+2"));
+    find_grid("Fine")->change([](GridModel& m) { m.properties[0].values = std::vector<double>{-5, NAN, 3}; });
+    ASSERT_TRUE(run(permeability("Arithmetic", one_name)));
+    EXPECT_NEAR(value("Coarse", "K", 0, 0, 0), (0 + 1.5 + 3) / 3, 1e-15);
+}
+
+TEST_F(UpscaleVerb, IntegersArePermeabilitiesAndTheirNoDataIsUndefined)
+{
+    add_box("Fine", {1, 1, 3});
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name Coarse sgrid Fine direction \"vertical\" sections 0+2"));
+    find_grid("Fine")->change([](GridModel& m) {
+        m.properties[0].values = std::vector<std::int32_t>{2, -99, 4};
+        m.properties[0].no_data = -99;
+    });
+    ASSERT_TRUE(run(permeability("Arithmetic", one_name)));
+    EXPECT_NEAR(value("Coarse", "K", 0, 0, 0), 3, 1e-15);
+    ASSERT_TRUE(run(permeability("MixedPressureSolver", three_names)));
+    EXPECT_NEAR(value("Coarse", "KZ", 0, 0, 0), 3 / (1.0 / 2 + 1.0 / 3 + 1.0 / 4), 1e-7);
+    EXPECT_FALSE(model("Coarse").find_property("KZ")->discrete());
+}
+
+TEST_F(UpscaleVerb, PowerIsLookedAtByItsMethodAlone)
+{
+    add_grids();
+    const std::string start = "lodex on SGrid Fine upscale_porosity fine_porosity PORO Coarse Coarse coarse_porosity P mapper "
+                              "\"parametric\" upscaler ";
+    for (const std::string power : {" power abc", " power 7", " power ", ""}) {
+        ASSERT_TRUE(run(start + "\"Arithmetic\"" + power)) << power;
+        EXPECT_NEAR(value("Coarse", "P", 0, 0, 0), 9, 1e-15) << power;
+        if (power != " power ") {
+            EXPECT_NE(error(start + "\"Power\"" + power).find("a number from -1 to 1"), std::string::npos) << power;
+        }
+    }
+}
+
+TEST_F(UpscaleVerb, CommandAsTheWizardComposesIt)
+{
+    add_box("My Fine", {4, 4, 4});
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name My Coarse sgrid My Fine direction \"vertical\" sections 0+1+2+3\n"
+                    "lodex on SGrid My Fine fill_property perm x value 5\n"
+                    "lodex on SGrid My Fine define_region Zone A property CODE max 1\n"
+                    "lodex on SGrid My Fine define_region Zone B property CODE min 2"));
+    std::string command = "lodex on SGrid My Fine upscale_permeability  fine_region_name Zone+A+Zone+B fine_Perm_I perm x fine_Perm_J "
+                          "perm x fine_Perm_K perm x Coarse My Coarse coarse_region_name everywhere coarse_Perm_I k x coarse_Perm_J k y "
+                          "coarse_Perm_K k z mapper \"k-constrained geometric\" upscaler \"DFPressureSolver\" power  n_I 2 n_J 2 n_K 2 "
+                          "manual_sampling 1 zero_like_x 0 neg_like_x 0 ndv_like_x 1 ndv_value 1e-05 boundary KConfined exact 1 "
+                          "create_region_if_problems 1 do_fault_management 1";
+    command.push_back('\0');
+    command += "whatever stands behind the end";
+    EXPECT_NE(error(command).find("layers"), std::string::npos) << "the whole command is understood";
+    command.replace(command.find("k-constrained "), 14, "");
+    ASSERT_TRUE(run(command));
+    for (const std::string name : {"k x", "k y", "k z"})
+        EXPECT_NEAR(value("My Coarse", name, 3, 3, 1), 5, 1e-9);
+    EXPECT_NEAR(value("My Coarse", "k x_IJ", 0, 0, 0), 0, 1e-9);
+    EXPECT_EQ(model("My Coarse").properties.size(), 4u);
+    EXPECT_TRUE(model("My Coarse").regions.empty()) << "no problems, no region";
+}
+
+TEST_F(UpscaleVerb, GridsWithoutCellsThatTakePart)
+{
+    add_grids();
+    ASSERT_TRUE(run("lodex on SGrid Fine define_region Nothing property CODE min 99"));
+    for (const std::string mapper : {"geometric", "parametric"}) {
+        const auto r = result("lodex on SGrid Fine upscale_porosity fine_region_name Nothing fine_porosity PORO Coarse Coarse "
+                              "coarse_porosity P mapper \"" + mapper + "\" upscaler \"Sum\" power  create_region_if_problems 1");
+        ASSERT_EQ(r.status, StatementStatus::Done) << r.message;
+        EXPECT_EQ(count(r, "nothing_left"), 32);
+        EXPECT_TRUE(std::isnan(value("Coarse", "P", 0, 0, 0)));
+    }
+    for (const std::string grid : {"Fine", "Coarse"}) {
+        find_grid(grid)->change([](GridModel& m) { std::ranges::fill(m.active, std::uint8_t{0}); });
+        for (const std::string method : {"Geometric", "EFMixed", "MixedPressureSolver"}) {
+            const auto r = result(permeability(method, method == "Geometric" ? one_name : three_names));
+            ASSERT_EQ(r.status, StatementStatus::Done) << grid << ' ' << method << ' ' << r.message;
+            EXPECT_EQ(count(r, "done"), 0) << grid << ' ' << method;
+        }
+    }
+}
+
+TEST_F(UpscaleVerb, BrokenGeometryOfACoarseCellDoesNoHarm)
+{
+    add_grids();
+    find_grid("Coarse")->change([](GridModel& m) { m.zcorn.visit_mutable([](auto depths) { depths[0] = NAN; }); });
+    for (const std::string method : {"EFConform", "EFMixed", "DFPressureSolver", "MixedPressureSolver"}) {
+        const auto r = result(permeability(method, three_names, "boundary Unconfined"));
+        ASSERT_EQ(r.status, StatementStatus::Done) << r.message;
+        EXPECT_EQ(count(r, "done"), 32) << method;
+        EXPECT_TRUE(std::isfinite(value("Coarse", "KX", 0, 0, 0))) << method;
+    }
+    ASSERT_TRUE(run(porosity("Arithmetic", "weight_using_volume 1", "geometric")));
+}
+
 TEST_F(UpscaleVerb, BadInputChangesNothing)
 {
     add_grids();
@@ -261,6 +357,16 @@ TEST_F(UpscaleVerb, BadInputChangesNothing)
     refuses(porosity("Geometric", "neg_like_x 1"), "\"neg_value\" is missing");
     refuses(porosity("Arithmetic", "weight_using_property 1"), "\"weight_property_name\" is missing");
     refuses(permeability("EFMixed", one_name), "the three coarse names must differ");
+    refuses(permeability("EFMixed", "coarse_Perm_I K coarse_Perm_J K_IJ coarse_Perm_K KZ", "boundary KConfined"),
+            "\"K_IJ\" is the name of an off-diagonal permeability");
+    refuses(permeability("EFMixed", "coarse_Perm_I K coarse_Perm_J KY coarse_Perm_K K_JK", "boundary Unconfined"),
+            "\"K_JK\" is the name of an off-diagonal permeability");
+    refuses("lodex on SGrid Fine upscale_permeability fine_Perm_I PORO fine_Perm_J PORO fine_Perm_K PORO Coarse Coarse " + three_names +
+                " mapper \"parametric\" upscaler \"EFMixed\" n_I 10000 n_J 10000 n_K 10000 manual_sampling 1",
+            "make 1000000000000 samples of each coarse cell; expected at most 33554432");
+    refuses("lodex on SGrid Fine upscale_porosity fine_region_name Nowhere fine_porosity PORO Coarse Coarse coarse_porosity P mapper "
+            "\"parametric\" upscaler \"Sum\"",
+            "there is no region \"Nowhere\" on SGrid \"Fine\"");
     refuses("lodex on SGrid Fine upscale_permeability fine_Perm_I PORO fine_Perm_J PORO2 fine_Perm_K PORO Coarse Coarse " + three_names +
                 " mapper \"parametric\" upscaler \"CardwellParson\"",
             "takes one fine permeability");

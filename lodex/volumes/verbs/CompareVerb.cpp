@@ -41,6 +41,9 @@ void run(Call& call)
         call.fail("the property \"" + fine_property.name + "\" stands on points; expected a property of cells", "property");
     if (coarse_property.on_points)
         call.fail("the property \"" + coarse_property.name + "\" stands on points; expected a property of cells", "coarse_property");
+    if (call.has("difference") && call.text("difference") == coarse_property.name)
+        call.fail("the difference would replace the property \"" + coarse_property.name + "\" that is compared; expected another name",
+                  "difference");
     const auto* factory = dynamic_cast<const Lodex::CellMapperFactory*>(
         Lodex::FactoryLib::instance()->find(Lodex::GridObjCellMapperFactoriesDomain(), call.text("mapper")));
     if (!factory)

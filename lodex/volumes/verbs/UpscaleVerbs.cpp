@@ -11,6 +11,7 @@
 #include "upscaling/upscalers/LocalUpscaler.h"
 #include "upscaling/upscalers/UpscalerInfo.h"
 
+#include <Kelvane/upscaling/UpscalerTypes.h>
 #include <Lodex/utils/COSNameList.h>
 #include <Lodex/utils/PathName.h>
 
@@ -18,7 +19,6 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <set>
 
 namespace lodex {
 
@@ -42,7 +42,7 @@ std::vector<std::uint8_t> region_flags(const Call& call, std::string_view keywor
         }
         return flags;
     } catch (const std::invalid_argument& error) {
-        call.fail(error.what(), keyword);
+        call.fail(std::string(error.what()) + " on SGrid \"" + grid.name().str() + "\"", keyword);
     }
 }
 
@@ -239,17 +239,16 @@ public:
 private:
     void read_power()
     {
+        // Others do not look at it, whatever stands there.
+        if (Lodex::CString(call_.text("upscaler")) != Kelvane::PowerUpscalerType::type())
+            return;
         if (!call_.has("power"))
-            return;
+            call_.fail("\"power\" is missing; the method Power needs a number from -1 to 1", "upscaler");
         const std::string text = call_.text("power");
-        const bool needed = call_.text("upscaler") == "Power";
-        if (text.empty()) {
-            if (needed)
-                call_.fail("\"power\" is empty; the method Power needs a number from -1 to 1", "power");
-            return;
-        }
+        if (text.empty())
+            call_.fail("\"power\" is empty; the method Power needs a number from -1 to 1", "power");
         const auto power = parse_double(text);
-        if (!power || (needed && !(*power >= -1 && *power <= 1)))
+        if (!power || !(*power >= -1 && *power <= 1))
             call_.fail("\"power\" is \"" + text + "\"; expected a number from -1 to 1", "power");
         power_ = *power;
     }
@@ -344,7 +343,30 @@ void upscale_indicator(Call& call)
 constexpr std::array fine_keywords{"fine_Perm_I", "fine_Perm_J", "fine_Perm_K"};
 constexpr std::array coarse_keywords{"coarse_Perm_I", "coarse_Perm_J", "coarse_Perm_K"};
 constexpr std::array off_diagonals{"_IJ", "_IK", "_JK"};
+constexpr std::array sampling_keywords{"n_I", "n_J", "n_K"};
+/// In the order of Kelvane::flow::Boundary.
 constexpr std::array boundaries{"Confined", "KConfined", "Unconfined"};
+/// Number of off-diagonal components that each of them makes.
+constexpr std::array<std::size_t, boundaries.size()> off_diagonals_made{0, 1, 3};
+
+/// Samples of a coarse cell up to which a fixed sampling is taken: a flow method holds some 250 bytes for each.
+constexpr std::int64_t most_samples = std::int64_t{1} << 25;
+
+/// Samples of a coarse cell along I, J, K. A fixed sampling must not ask for more than can be worked out.
+std::array<int, 3> read_sampling(const Call& call)
+{
+    std::array<int, 3> sampling{};
+    std::int64_t samples = 1;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        sampling[axis] = static_cast<int>(call.integer(sampling_keywords[axis]));
+        samples *= sampling[axis];
+    }
+    if (call.flag("manual_sampling") && samples > most_samples)
+        call.fail("\"n_I\", \"n_J\" and \"n_K\" make " + std::to_string(samples) + " samples of each coarse cell; expected at most " +
+                      std::to_string(most_samples),
+                  sampling_keywords[0]);
+    return sampling;
+}
 
 void upscale_permeability(Call& call)
 {
@@ -368,7 +390,14 @@ void upscale_permeability(Call& call)
         call.fail("the method " + method + " makes three permeabilities; the three coarse names must differ", coarse_keywords[1]);
 
     const auto boundary = static_cast<std::size_t>(std::ranges::find(boundaries, call.text("boundary")) - boundaries.begin());
-    const auto count = [&](const char* keyword) { return static_cast<int>(call.integer(keyword)); };
+    if (local && local->uses_boundary()) {
+        for (std::size_t n = 0; n < off_diagonals_made[boundary]; ++n)
+            for (std::size_t axis = 1; axis < 3; ++axis)
+                if (names[axis] == names[0] + off_diagonals[n])
+                    call.fail("\"" + names[axis] + "\" is the name of an off-diagonal permeability of this run; expected another name",
+                              coarse_keywords[axis]);
+    }
+    const std::array<int, 3> sampling = read_sampling(call);
     const auto matched = upscaling.match(part(call, 0, 0.3));
     const Kelvane::PermeabilityRequest request{
         .matched = *matched,
@@ -380,7 +409,7 @@ void upscale_permeability(Call& call)
         .method = upscaling.method(),
         .power = upscaling.power(),
         .preparation = upscaling.preparation(),
-        .sampling = {count("n_I"), count("n_J"), count("n_K")},
+        .sampling = sampling,
         .fixed_sampling = call.flag("manual_sampling"),
         .options = {.boundary = static_cast<Kelvane::flow::Boundary>(boundary),
                     .solver = call.flag("exact") ? Kelvane::flow::Solver::Exact : Kelvane::flow::Solver::Fast,
@@ -501,7 +530,7 @@ Keywords sampling()
         return Keyword{.name = name, .kind = ValueKind::Integer, .meaning = std::string("samples of a coarse cell along ") + axis,
                        .default_value = "10", .min = 1, .max = 10000};
     };
-    return {count("n_I", "I"), count("n_J", "J"), count("n_K", "K"),
+    return {count(sampling_keywords[0], "I"), count(sampling_keywords[1], "J"), count(sampling_keywords[2], "K"),
             {.name = "manual_sampling", .kind = ValueKind::Flag,
              .meaning = "1: exactly so many samples; 0: as many as there are fine indices, at most so many", .default_value = "0"}};
 }
