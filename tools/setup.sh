@@ -6,6 +6,7 @@ packages=(
     libvtk9-dev
     libtbb-dev libfmt-dev libeigen3-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
+    qt6-tools-dev qt6-l10n-tools
     xvfb xauth fonts-dejavu-core
 )
 

@@ -103,13 +103,6 @@ void FineProperty::read(std::span<const std::int64_t> cells, double* out) const
     });
 }
 
-double FineProperty::value(std::int64_t cell) const
-{
-    double number = 0;
-    read({&cell, 1}, &number);
-    return number;
-}
-
 void PreparationCounts::add(const PreparationCounts& other)
 {
     negative_replaced += other.negative_replaced;

@@ -23,7 +23,6 @@ public:
     void read(std::int64_t first, std::int64_t count, double* out) const;
     /// Values of the cells of a list.
     void read(std::span<const std::int64_t> cells, double* out) const;
-    [[nodiscard]] double value(std::int64_t cell) const;
 
 private:
     std::string name_;

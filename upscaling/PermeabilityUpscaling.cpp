@@ -258,6 +258,9 @@ private:
             return;
         }
         ++report.done;
+        // Every sample lies in an inactive cell or in none: sealed, but worth a look.
+        if (cell.fine_cells == 0)
+            result_.problems[at] = 1;
         if (backup) {
             ++report.backup;
             result_.problems[at] = 1;

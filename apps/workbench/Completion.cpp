@@ -123,6 +123,26 @@ void add_keywords(Words& result, const Verb& verb, const std::vector<Word>& word
     }
 }
 
+/// Where the verb of a statement starts, and the type of the object before it; empty without one.
+std::size_t verb_start(const std::vector<Word>& words, std::string& type)
+{
+    const bool has_on = words.size() > 1 && !words[1].quoted && words[1].text == "on";
+    const std::size_t type_word = has_on ? 2 : 1; // the "on" may be left out
+    if (words.size() <= type_word || words[type_word].quoted ||
+        !VerbRegistry::instance().is_object_type(words[type_word].text))
+        return 1;
+    type = words[type_word].text;
+    // A name may have several words: the longest one that is an object's counts.
+    std::size_t first = type_word + 2;
+    std::string name;
+    for (std::size_t i = type_word + 1; i < words.size(); ++i) {
+        name += (i > type_word + 1 ? " " : "") + words[i].text;
+        if (Lodex::GeobaseLib::instance()->find(name, type))
+            first = i + 1;
+    }
+    return first;
+}
+
 Words words_behind(const std::vector<Word>& words)
 {
     const VerbRegistry& verbs = VerbRegistry::instance();
@@ -148,14 +168,7 @@ Words words_behind(const std::vector<Word>& words)
             add_names(result, type);
             return result;
         }
-        // A name may have several words: the longest one that is an object's counts.
-        first = type_word + 2;
-        std::string name;
-        for (std::size_t i = type_word + 1; i < words.size(); ++i) {
-            name += (i > type_word + 1 ? " " : "") + words[i].text;
-            if (Lodex::GeobaseLib::instance()->find(name, type))
-                first = i + 1;
-        }
+        first = verb_start(words, type);
     } else if (has_on) {
         return result; // no such type
     } else if (words.size() == 1) {
@@ -185,6 +198,33 @@ Completion complete_command(std::string_view text)
             completion.candidates.push_back(word);
     }
     return completion;
+}
+
+std::string command_hint(std::string_view text)
+{
+    std::size_t begin = statement_start(text);
+    const std::vector<Word> words = take_complete_words(text, begin);
+    if (words.empty() || words[0].text != "lodex")
+        return {};
+    std::string type;
+    const std::size_t first = verb_start(words, type);
+    std::size_t length = 0;
+    const Verb* const verb =
+        first <= words.size() ? VerbRegistry::instance().match(type, words, first, length) : nullptr;
+    if (!verb)
+        return {};
+    const Keyword* open = nullptr;
+    for (std::size_t i = first + length; i < words.size(); ++i) {
+        const Keyword* keyword = words[i].quoted ? nullptr : verb->keyword(words[i].text);
+        open = keyword ? keyword : open;
+    }
+    if (!open)
+        return verb->name + ": " + verb->summary;
+    std::string hint = open->name + " (" + std::string(to_text(open->kind));
+    if (!open->unit.empty())
+        hint += ", " + open->unit;
+    hint += open->required ? ", required" : open->default_value.empty() ? "" : ", default " + open->default_value;
+    return hint + "): " + open->meaning;
 }
 
 std::string common_beginning(const std::vector<std::string>& candidates)

@@ -16,6 +16,10 @@ struct Completion {
 /// values where the declaration tells them. Only the last statement of the text counts.
 [[nodiscard]] Completion complete_command(std::string_view text);
 
+/// One line of help for what is being typed at the end of a command text: the meaning of the keyword whose value is
+/// being typed, else the verb's summary; empty where there is no verb yet.
+[[nodiscard]] std::string command_hint(std::string_view text);
+
 /// The longest beginning that all of them share.
 [[nodiscard]] std::string common_beginning(const std::vector<std::string>& candidates);
 

@@ -44,6 +44,17 @@ ConsoleEdit::ConsoleEdit(QWidget* parent)
         if (completer_->popup()->isVisible())
             show_candidates();
     });
+    const auto tell_hint = [this] {
+        emit hint_changed(QString::fromStdString(command_hint(text().left(cursorPosition()).toStdString())));
+    };
+    connect(this, &QLineEdit::textChanged, this, tell_hint);
+    connect(this, &QLineEdit::cursorPositionChanged, this, tell_hint);
+}
+
+void ConsoleEdit::set_history(const QStringList& history)
+{
+    history_ = history;
+    place_ = history_.size();
 }
 
 bool ConsoleEdit::event(QEvent* event)

@@ -18,9 +18,12 @@ public:
 
     /// Oldest first; a line that repeats the one before is kept once.
     [[nodiscard]] const QStringList& history() const { return history_; }
+    void set_history(const QStringList& history);
 
 signals:
     void submitted(const QString& text);
+    /// One line of help for what is being typed; empty: none.
+    void hint_changed(const QString& hint);
 
 protected:
     bool event(QEvent* event) override;

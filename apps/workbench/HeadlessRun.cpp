@@ -1,16 +1,21 @@
 #include "HeadlessRun.h"
 
-#include "GridList.h"
+#include "CellColours.h"
+#include "DisplayPanel.h"
 #include "JournalView.h"
 #include "MainWindow.h"
 #include "SectionPanel.h"
+#include "plots/ComparisonWindow.h"
+#include "plots/NumbersWindow.h"
+#include "lodex/interpreter/Interpreter.h"
 #include "lodex/utils/AtomicFile.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/volumes/model/CellGeometry.h"
 
 #include <Lodex/utils/Logger.h>
-#include <Lodex/xtools/XMQShell.h>
+
+#include <nlohmann/json.hpp>
 
 #include <QApplication>
 #include <QBuffer>
@@ -19,6 +24,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTabWidget>
 
 #include <algorithm>
 #include <stdexcept>
@@ -28,9 +34,10 @@ namespace lodex {
 
 namespace {
 
+using nlohmann::ordered_json;
+
 constexpr const char* fine_name = "Example";
 constexpr const char* coarse_name = "Example_coarse";
-constexpr const char* merge_shell = "SgridMergeSectionShell";
 
 /// Writes warnings as they come and keeps errors, to say why something failed.
 class Problems : public Lodex::LogSink {
@@ -42,8 +49,12 @@ public:
 
     void message(Lodex::LogLevel level, const Lodex::CString& text) override
     {
-        if (level == Lodex::LogLevel::Warning)
-            warnings_ << "warning: " << text << '\n';
+        if (level == Lodex::LogLevel::Warning) {
+            std::string_view shown = text.str();
+            while (shown.ends_with('\n'))
+                shown.remove_suffix(1);
+            warnings_ << "warning: " << shown << '\n';
+        }
         if (level < Lodex::LogLevel::Error)
             return;
         text_ += (text_.empty() ? "" : "\n") + text.str();
@@ -75,15 +86,25 @@ void let_events_run()
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-void save_picture(QWidget& widget, const std::filesystem::path& path)
+void save_text(std::string_view text, const std::filesystem::path& path)
+{
+    AtomicFile file(path);
+    file.write(text);
+    file.commit();
+}
+
+void save_image(const QImage& image, const std::filesystem::path& path)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    if (!widget.grab().toImage().save(&buffer, "PNG"))
+    if (!image.save(&buffer, "PNG"))
         throw std::runtime_error(path.string() + ": the picture cannot be written");
-    AtomicFile file(path);
-    file.write({bytes.constData(), static_cast<std::size_t>(bytes.size())});
-    file.commit();
+    save_text({bytes.constData(), static_cast<std::size_t>(bytes.size())}, path);
+}
+
+void save_picture(QWidget& widget, const std::filesystem::path& path)
+{
+    save_image(widget.grab().toImage(), path);
 }
 
 std::string line_of(const std::string& title, const std::string& name)
@@ -109,51 +130,185 @@ public:
         window_.resize(1360, 860);
         window_.show();
         command(std::string("lodex create example name ") + fine_name);
+        show_grid(fine_name, "fine", "the fine grid");
         coarsen();
-        window_.grids()->select(coarse_name);
+        carry_over();
+        compare();
+        show_numbers();
+        show_other_dialogs();
+        show_grid(coarse_name, "coarse", "the coarse grid");
         let_events_run();
-        save_picture(*window_.section()->view(), file("coarse_grid.png", "the coarse grid"));
+        save_picture(window_, file("window.png", "the whole window"));
         command(std::string("lodex export sgrid ") + coarse_name + " file " +
                 path("coarse.grdecl", "the coarse model"));
-        command(std::string("lodex report sgrid ") + fine_name + " file " +
-                path("fine.json", "report of the fine grid"));
-        command(std::string("lodex report sgrid ") + coarse_name + " file " +
-                path("coarse.json", "report of the coarse grid"));
+        report_["fine"] = report(fine_name, "fine.json", "report of the fine grid");
+        report_["coarse"] = report(coarse_name, "coarse.json", "report of the coarse grid");
         save_journal(file("journal.lodex", "the commands that made both grids"));
-        results_ << line_of("fine grid  ", fine_name) << '\n' << line_of("coarse grid", coarse_name) << '\n' << made_;
+        save_text(report_.dump(2) + "\n", file("report.json", "what was run, both grids, and how they compare"));
+        results_ << line_of("fine grid  ", fine_name) << '\n' << line_of("coarse grid", coarse_name) << '\n';
+        for (const std::string& line : comparisons_)
+            results_ << line << '\n';
+        results_ << made_;
     }
 
 private:
-    void command(const std::string& text)
+    /// Answers of the statements.
+    std::string command(const std::string& text)
     {
-        if (!window_.run(QString::fromStdString(text)))
-            throw problems_.failure(text);
+        std::string answer;
+        for (const StatementResult& result : Interpreter::instance().run(text)) {
+            ordered_json counts = ordered_json::object();
+            for (const auto& [name, value] : result.counts)
+                counts[name] = value;
+            report_["commands"].push_back({{"text", result.text}, {"seconds", result.seconds}, {"counts", counts}});
+            if (result.status != StatementStatus::Done)
+                throw problems_.failure(text);
+            answer += result.answer;
+        }
+        return answer;
     }
 
     /// Works the merge dialog as a person would.
     void coarsen()
     {
-        window_.open_merge_dialog();
-        const Lodex::XMQShell* shell = Lodex::XMQShell::find(merge_shell);
-        if (!shell)
+        QWidget* const window = window_.open_dialog("mergeSections");
+        if (!window)
             throw problems_.failure("the merge dialog does not open");
-        QWidget& dialog = *shell->widget();
+        QWidget& dialog = *window;
         part<QLineEdit>(dialog, "new_grid_name_").setText(coarse_name);
         part<QComboBox>(dialog, "direction_").setCurrentIndex(2);
         part<QSpinBox>(dialog, "from_").setValue(1);
         part<QSpinBox>(dialog, "to_").setValue(static_cast<int>(find_grid(fine_name)->model().size[2]));
         part<QSpinBox>(dialog, "step_").setValue(2);
-        part<QCheckBox>(dialog, "copy_properties_").setChecked(true);
+        part<QCheckBox>(dialog, "copy_regions_").setChecked(true);
         part<QCheckBox>(dialog, "paint_check_box_").setChecked(true);
         let_events_run();
         save_picture(dialog, file("merge_dialog.png", "the merge dialog"));
-        save_picture(*window_.section()->view(), file("fine_grid.png", "the fine grid with the chosen sections"));
+        save_section(file("fine_painted.png", "the fine grid with the chosen sections"));
         const CornerPointGrid* before = find_grid(coarse_name);
         part<QPushButton>(dialog, "apply_button").click();
         if (!find_grid(coarse_name) || find_grid(coarse_name) == before)
             throw problems_.failure("the merge dialog made no grid");
+        report_["commands"].push_back({{"text", Interpreter::instance().journal().back()}});
         part<QPushButton>(dialog, "cancel_button").click();
         let_events_run();
+    }
+
+    /// Porosity by the mean over bulk volume, permeability by a flow method (conforming finite elements), facies by the
+    /// most probable one.
+    void carry_over()
+    {
+        const std::string on = std::string("lodex on SGrid ") + fine_name, to = std::string(" Coarse ") + coarse_name;
+        command(on + " upscale_porosity fine_porosity PORO" + to +
+                " coarse_porosity PORO mapper stratigraphic upscaler Arithmetic weight_using_volume 1");
+        command(on + " upscale_permeability fine_Perm_I PERMX fine_Perm_J PERMY fine_Perm_K PERMZ" + to +
+                " coarse_Perm_I PERMX coarse_Perm_J PERMY coarse_Perm_K PERMZ mapper stratigraphic upscaler EFConform"
+                " boundary Confined");
+        command(on + " upscale_indicator fine_indicator FACIES" + to +
+                " coarse_indicator FACIES mapper stratigraphic upscaler \"Most probable\"");
+    }
+
+    void compare()
+    {
+        for (const char* property : {"PORO", "PERMX", "FACIES"}) {
+            const std::string name = property;
+            const ordered_json answer = ordered_json::parse(command(
+                std::string("lodex on SGrid ") + fine_name + " compare_property " + name + " Coarse " + coarse_name +
+                " coarse_property " + name + " mapper stratigraphic difference " + name + "_difference"));
+            report_["comparisons"][name] = answer;
+        }
+        window_.tree()->select(coarse_name);
+        for (const char* property : {"PORO", "PERMX"}) {
+            ComparisonWindow* const window = window_.open_comparison();
+            window->choose(fine_name, property, coarse_name, property, "stratigraphic");
+            window->compare();
+            let_events_run();
+            for (const QStringList& row : window->table().rows) {
+                if (row.front() == ComparisonWindow::tr("Mean by volume"))
+                    comparisons_.push_back(std::string(property) + ": mean by volume " + row[1].toStdString() +
+                                           " fine, " + row[2].toStdString() + " coarse (" + row[3].toStdString() + ")");
+            }
+            save_picture(*window, file(std::string("comparison_") + property + ".png",
+                                       std::string("fine and coarse ") + property));
+            window->close();
+            let_events_run();
+        }
+        window_.show_property(coarse_name, "PERMX_difference");
+        let_events_run();
+        save_section(file("difference.png", "where the coarse permeability differs from the mean of the fine one"));
+    }
+
+    void show_numbers()
+    {
+        for (const char* grid : {fine_name, coarse_name}) {
+            window_.tree()->select(TreeItem{.kind = TreeItem::Kind::Property, .grid = grid, .name = "PORO"});
+            NumbersWindow* const window = window_.open_numbers();
+            auto& pages = part<QTabWidget>(*window, "numbersPages");
+            const std::string start = grid == fine_name ? "fine" : "coarse";
+            const char* const names[] = {"histogram", "profile", "cross"};
+            const char* const titles[] = {"histogram of porosity", "porosity by K layer",
+                                          "permeability against porosity"};
+            part<QComboBox>(*window, "numbersOther").setCurrentText("PERMX");
+            part<QCheckBox>(*window, "numbersLogY").setChecked(true);
+            for (int page = 0; page < 3; ++page) {
+                pages.setCurrentIndex(page);
+                let_events_run();
+                save_picture(*window, file(start + "_" + names[page] + ".png",
+                                           std::string(titles[page]) + ", " + start + " grid"));
+            }
+            window->close();
+            let_events_run();
+        }
+    }
+
+    void show_other_dialogs()
+    {
+        window_.tree()->select(TreeItem{.kind = TreeItem::Kind::Property, .grid = fine_name, .name = "PORO"});
+        for (const DialogRow& row : dialog_rows()) {
+            const std::string id = row.id;
+            if (id == "mergeSections")
+                continue;
+            QWidget* const window = window_.open_dialog(row.id);
+            if (!window)
+                throw problems_.failure(id + ": the dialog does not open");
+            let_events_run();
+            save_picture(*window, file("dialog_" + id + ".png", "dialog " + window->windowTitle().toStdString()));
+            window->close();
+            let_events_run();
+        }
+    }
+
+    /// The section, and the camera's view where there is one.
+    void show_grid(const std::string& name, const std::string& start, const std::string& what)
+    {
+        window_.tree()->select(QString::fromStdString(name));
+        window_.display()->colour_by(ColourBy::of_property("PORO"));
+        window_.section()->colour_by({Colouring::Kind::Property, "PORO"});
+        let_events_run();
+        save_section(file(start + "_grid.png", what + ", a section"));
+        CameraView& camera = *window_.camera();
+        if (!camera.can_draw())
+            return;
+        const QImage picture = camera.picture({1200, 800});
+        if (picture.isNull())
+            throw problems_.failure("the camera makes no picture");
+        save_image(picture, file(start + "_camera.png", what + ", in 3D"));
+    }
+
+    void save_section(const std::filesystem::path& path)
+    {
+        auto& views = part<QTabWidget>(window_, "views");
+        QWidget* const before = views.currentWidget();
+        views.setCurrentWidget(window_.section());
+        let_events_run();
+        save_picture(*window_.section()->view(), path);
+        views.setCurrentWidget(before);
+    }
+
+    [[nodiscard]] ordered_json report(const std::string& grid, const std::string& name, const std::string& what)
+    {
+        command("lodex report sgrid " + grid + " file " + path(name, what));
+        return ordered_json::parse(command("lodex report sgrid " + grid));
     }
 
     /// A file of the folder, noted for the list of what was made.
@@ -174,6 +329,9 @@ private:
     std::filesystem::path folder_;
     std::ostream& results_;
     std::string made_;
+    std::vector<std::string> comparisons_;
+    ordered_json report_{
+        {"program", "lodex-workbench"}, {"version", LODEX_VERSION}, {"commands", ordered_json::array()}};
     const Problems problems_;
     MainWindow window_;
 };

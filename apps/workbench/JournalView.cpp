@@ -20,6 +20,7 @@ JournalView::JournalView(QWidget* parent)
     setObjectName("journalView");
     text_->setObjectName("journalText");
     text_->setAccessibleName(tr("Journal"));
+    text_->setToolTip(tr("What changed the models, as commands that change them so again"));
     text_->setReadOnly(true);
     text_->setUndoRedoEnabled(false);
     text_->setLineWrapMode(QPlainTextEdit::NoWrap);
@@ -53,9 +54,12 @@ void JournalView::follow()
         text_->clear();
         shown_ = 0;
     }
-    for (; shown_ < journal.size(); ++shown_)
-        text_->appendPlainText(QString::fromStdString(journal[shown_]));
     save_->setEnabled(!journal.empty());
+    while (shown_ < journal.size()) {
+        const QString statement = QString::fromStdString(journal[shown_++]);
+        text_->appendPlainText(statement);
+        emit statement_added(statement);
+    }
 }
 
 void JournalView::save_as_script()

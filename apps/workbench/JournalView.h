@@ -19,8 +19,13 @@ public:
     explicit JournalView(QWidget* parent = nullptr);
     ~JournalView() override;
 
+public slots:
     /// Asks for a file and saves.
     void save_as_script();
+
+signals:
+    /// A statement came into the journal: something changed a model.
+    void statement_added(const QString& statement);
 
 private:
     void follow();

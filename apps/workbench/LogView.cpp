@@ -24,6 +24,7 @@ LogView::LogView(QWidget* parent) : QPlainTextEdit(parent)
 {
     setObjectName("logView");
     setAccessibleName(tr("Messages"));
+    setToolTip(tr("Messages, commands that were given and their answers"));
     setReadOnly(true);
     setUndoRedoEnabled(false);
     setMaximumBlockCount(most_lines);
@@ -74,7 +75,33 @@ void LogView::add(Kind kind, const QString& text)
     entries_.push_back(entry);
     if (entries_.size() > most_entries)
         entries_.pop_front();
-    write(entry);
+    if (is_shown(entry))
+        write(entry);
+}
+
+bool LogView::is_shown(const Entry& entry) const
+{
+    const bool of_kind = shown_ == Shown::All || entry.kind == Kind::Error ||
+                         (shown_ == Shown::WarningsAndErrors && entry.kind == Kind::Warning);
+    return of_kind && (search_.isEmpty() || entry.text.contains(search_, Qt::CaseInsensitive));
+}
+
+void LogView::set_shown(Shown shown)
+{
+    shown_ = shown;
+    rewrite();
+}
+
+void LogView::set_search(const QString& text)
+{
+    search_ = text;
+    rewrite();
+}
+
+void LogView::clear_entries()
+{
+    entries_.clear();
+    clear();
 }
 
 void LogView::write(const Entry& entry)
@@ -96,8 +123,11 @@ void LogView::write(const Entry& entry)
 void LogView::rewrite()
 {
     clear();
-    for (const Entry& entry : entries_)
-        write(entry);
+    for (const Entry& entry : entries_) {
+        if (is_shown(entry))
+            write(entry);
+    }
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
 QColor LogView::colour(Kind kind) const
@@ -125,10 +155,8 @@ void LogView::contextMenuEvent(QContextMenuEvent* event)
     const std::unique_ptr<QMenu> menu(createStandardContextMenu());
     menu->addSeparator();
     QAction* clear = menu->addAction(tr("Clear"));
-    if (menu->exec(event->globalPos()) == clear) {
-        entries_.clear();
-        this->clear();
-    }
+    if (menu->exec(event->globalPos()) == clear)
+        clear_entries();
 }
 
 } // namespace lodex

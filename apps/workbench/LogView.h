@@ -21,6 +21,13 @@ public:
     void add_answer(const QString& text);
     void message(Lodex::LogLevel level, const Lodex::CString& text) override;
 
+    /// Which entries are shown; the others are kept.
+    enum class Shown { All, WarningsAndErrors, Errors };
+    void set_shown(Shown shown);
+    /// Shows only entries that hold this text, whatever the case of its letters; empty: all.
+    void set_search(const QString& text);
+    void clear_entries();
+
 signals:
     /// An error or a fatal message came; the text is its first line.
     void problem(const QString& text);
@@ -39,9 +46,12 @@ private:
     void add(Kind kind, const QString& text);
     void write(const Entry& entry);
     void rewrite();
+    [[nodiscard]] bool is_shown(const Entry& entry) const;
     [[nodiscard]] QColor colour(Kind kind) const;
 
-    std::deque<Entry> entries_; // kept to colour them anew when the theme changes
+    std::deque<Entry> entries_; // kept to colour and choose them anew
+    Shown shown_ = Shown::All;
+    QString search_;
 };
 
 } // namespace lodex

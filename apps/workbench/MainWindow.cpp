@@ -1,44 +1,46 @@
 #include "MainWindow.h"
 
 #include "ConsoleEdit.h"
-#include "GridList.h"
+#include "DisplayPanel.h"
+#include "ItemDetails.h"
 #include "JournalView.h"
+#include "LogPanel.h"
 #include "LogView.h"
-#include "ReportDialog.h"
 #include "SectionPanel.h"
-#include "lodex/gridio/GridFormat.h"
+#include "plots/ComparisonWindow.h"
+#include "plots/NumbersWindow.h"
 #include "lodex/interpreter/Interpreter.h"
+#include "lodex/interpreter/StatementBinder.h"
+#include "lodex/qtools/BusyState.h"
 #include "lodex/qtools/MainWindowRegistry.h"
 #include "lodex/utils/Names.h"
 #include "lodex/volumes/CornerPointGrid.h"
-#include "lodex/xtools/HelpPages.h"
 
 #include <Lodex/geobase/GeobaseLib.h>
 #include <Lodex/interpreter/ICommandStub.h>
 #include <Lodex/qtools/LQPixmapLib.h>
 #include <Lodex/qtools/QtText.h>
-#include <Lodex/xtools/XMHelpManager.h>
-#include <Lodex/xtools/XMShell.h>
+#include <Lodex/utils/COSUri.h>
 
-#include "sgresize/LQSGSectionMergeDialog.h"
-
-#include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDockWidget>
 #include <QDropEvent>
 #include <QFile>
-#include <QFileDialog>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QLabel>
-#include <QMenuBar>
-#include <QMessageBox>
+#include <QMenu>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
-#include <QSplitter>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSettings>
 #include <QStatusBar>
 #include <QTabWidget>
-#include <QToolBar>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -54,53 +56,34 @@ using Lodex::to_cstring;
 using Lodex::to_qstring;
 
 constexpr int status_time = 8000; // ms
+constexpr int layout_version = 1;
+constexpr qsizetype most_recent = 10;
+constexpr qsizetype most_history = 200;
 
 /// What the user had selected when a dialog was asked for.
-class SelectedGrid : public Lodex::ICommandStub {
+class SelectedObject : public Lodex::ICommandStub {
 public:
-    explicit SelectedGrid(const Lodex::CString& name) : name_(name) {}
+    explicit SelectedObject(const TreeItem& item) : item_(item) {}
 
     [[nodiscard]] bool get(const Lodex::CString& key, Lodex::CopyCString& value, int index) const override
     {
-        if (key != Lodex::CString("sgrid") || index != 0 || name_.empty())
+        if (index != 0 || item_.kind == TreeItem::Kind::None)
             return false;
-        value = name_;
-        return true;
+        const Lodex::CString grid = to_cstring(item_.grid);
+        if (key == Lodex::CString("sgrid")) {
+            value = grid;
+            return true;
+        }
+        if (key == Lodex::CString("property") && item_.kind == TreeItem::Kind::Property) {
+            value = Lodex::COSUri("SGrid", grid, "property", to_cstring(item_.name)).text();
+            return true;
+        }
+        return false;
     }
 
 private:
-    Lodex::CString name_;
+    TreeItem item_;
 };
-
-/// The name of an object in a statement; in quotes, none of its words can be taken for a keyword.
-QString object_word(const QString& name)
-{
-    return QString::fromStdString(quoted(name.toStdString()));
-}
-
-QString filter_of(const GridFormat& format)
-{
-    QStringList patterns;
-    for (const std::string_view ending : format.endings()) {
-        const QString pattern = QStringLiteral("*") + QString::fromUtf8(ending);
-        patterns << pattern << pattern.toUpper();
-    }
-    const std::string_view text = format.description();
-    return QStringLiteral("%1 (%2)").arg(QString::fromUtf8(text), patterns.join(u' '));
-}
-
-/// The format that a file's ending stands for; null when it is of none that can be written.
-const GridFormat* format_by_ending(const QString& path)
-{
-    for (const GridFormat* format : GridFormats::all()) {
-        const bool fits = std::ranges::any_of(format->endings(), [&](std::string_view ending) {
-            return path.endsWith(QString::fromUtf8(ending), Qt::CaseInsensitive);
-        });
-        if (fits && format->can_write())
-            return format;
-    }
-    return nullptr;
-}
 
 QStringList local_files(const QMimeData* data)
 {
@@ -114,6 +97,11 @@ QStringList local_files(const QMimeData* data)
 
 } // namespace
 
+QString object_word(const QString& name)
+{
+    return QString::fromStdString(quoted(name.toStdString()));
+}
+
 QString quoted_path(const QString& path)
 {
     const QString whole = QFileInfo(path).absoluteFilePath(); // a saved journal may be run from elsewhere
@@ -125,158 +113,194 @@ QString quoted_path(const QString& path)
     return QString::fromStdString(quoted(whole.toStdString()));
 }
 
-QString name_for_import(const QString& path)
+QString free_name(const QString& text)
 {
-    constexpr std::array<std::string_view, 2> keywords{"file", "name"};
-    const std::string base = mend_object_name(QFileInfo(path).completeBaseName().toStdString(), keywords);
+    constexpr std::array<std::string_view, 5> keywords{"file", "name", "sgrid", "copy_properties", "copy_regions"};
+    const std::string base = mend_object_name(text.toStdString(), keywords);
     std::string name = base;
     for (int n = 2; Lodex::GeobaseLib::instance()->is_name_used(name); ++n)
         name = base + "_" + std::to_string(n);
     return QString::fromStdString(name);
 }
 
-/// One action of the window. Menus, tool bar and context menu are made from these rows, in their order.
-struct MainWindow::ActionRow {
-    const char* id; ///< also the action's object name
-    const char* menu;
-    const char* text;
-    const char* tip;
-    const char* shortcut;
-    const char* icon; ///< of the picture library; empty: none
-    bool needs_grid;
-    bool in_tool_bar;
-    void (MainWindow::*run)();
-};
+QString name_for_import(const QString& path)
+{
+    return free_name(QFileInfo(path).completeBaseName());
+}
 
-const MainWindow::ActionRow MainWindow::action_rows[] = {
-    {"import", QT_TRANSLATE_NOOP("lodex::MainWindow", "&File"), QT_TRANSLATE_NOOP("lodex::MainWindow", "&Import..."),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Read grids from files"), "Ctrl+I", "", false, true,
-     &MainWindow::ask_import},
-    {"export", QT_TRANSLATE_NOOP("lodex::MainWindow", "&File"), QT_TRANSLATE_NOOP("lodex::MainWindow", "&Export..."),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Write the selected grid to a file"), "Ctrl+E", "", true, true,
-     &MainWindow::ask_export},
-    {"runScript", QT_TRANSLATE_NOOP("lodex::MainWindow", "&File"),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "&Run Script..."),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Run the commands of a script"), "Ctrl+R", "", false, false,
-     &MainWindow::ask_script},
-    {"quit", QT_TRANSLATE_NOOP("lodex::MainWindow", "&File"), QT_TRANSLATE_NOOP("lodex::MainWindow", "&Quit"),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Close the workbench"), "Ctrl+Q", "", false, false, nullptr},
-    {"mergeSections", QT_TRANSLATE_NOOP("lodex::MainWindow", "&Grid"),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "&Merge SGrid Sections..."),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Make a coarser grid by merging cell sections of the selected one"),
-     "Ctrl+M", "table_merge_rows", true, true, &MainWindow::open_merge_dialog},
-    {"report", QT_TRANSLATE_NOOP("lodex::MainWindow", "&Grid"), QT_TRANSLATE_NOOP("lodex::MainWindow", "&Report..."),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Show counts, volumes and statistics of the selected grid"), "Ctrl+T", "",
-     true, true, &MainWindow::show_report},
-    {"destroy", QT_TRANSLATE_NOOP("lodex::MainWindow", "&Grid"), QT_TRANSLATE_NOOP("lodex::MainWindow", "&Destroy"),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Remove the selected grid"), "Del", "", true, false,
-     &MainWindow::ask_destroy},
-    {"contents", QT_TRANSLATE_NOOP("lodex::MainWindow", "&Help"), QT_TRANSLATE_NOOP("lodex::MainWindow", "&Contents"),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "Open the help"), "F1", "help_contents", false, true,
-     &MainWindow::show_help},
-    {"about", QT_TRANSLATE_NOOP("lodex::MainWindow", "&Help"), QT_TRANSLATE_NOOP("lodex::MainWindow", "&About"),
-     QT_TRANSLATE_NOOP("lodex::MainWindow", "What this program is"), "", "", false, false, &MainWindow::show_about},
-};
+std::unique_ptr<QSettings> MainWindow::user_settings()
+{
+    return std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("lodex"),
+                                       QStringLiteral("workbench"));
+}
 
-MainWindow::MainWindow(QWidget* parent)
-    : QMainWindow(parent), grids_(new GridList(this)), section_(new SectionPanel(this)), tabs_(new QTabWidget(this)),
-      log_(new LogView(this)), journal_(new JournalView(this)), console_(new ConsoleEdit(this))
+MainWindow::MainWindow(QWidget* parent, Memory memory)
+    : QMainWindow(parent), settings_(memory == Memory::Settings ? user_settings() : nullptr),
+      tree_(new ObjectTree(this)), details_(new ItemDetails(this)), cell_(new QPlainTextEdit(this)),
+      camera_(new CameraView(this)), display_(new DisplayPanel(*camera_, this)), section_(new SectionPanel(this)),
+      views_(new QTabWidget(this)), tabs_(new QTabWidget(this)), log_(new LogPanel(this)),
+      journal_(new JournalView(this)), console_(new ConsoleEdit(this)), console_hint_(new QLabel(this)),
+      tool_hint_(new QLabel(this)), offer_(new QPushButton(this))
 {
     setObjectName("mainWindow");
     setWindowTitle(tr("lodex workbench"));
     setWindowIcon(Lodex::LQPixmapLib::icon("lodex"));
     setAcceptDrops(true);
     build_layout();
+    build_status_bar();
     build_actions();
     set_main_window(this);
-
-    connect(grids_, &GridList::grid_selected, this, &MainWindow::select_grid);
-    connect(log_, &LogView::problem, this, &MainWindow::show_problem);
-    connect(console_, &ConsoleEdit::submitted, this, [this](const QString& text) {
-        log_->add_command(text);
-        run(text);
-    });
-    select_grid(grids_->selected());
+    connect_parts();
+    select_grid(tree_->selected());
+    select_item();
+    first_layout_ = saveState(layout_version);
+    if (settings_)
+        read_settings();
 }
 
 MainWindow::~MainWindow()
 {
-    grids_->disconnect(this); // the parts go after this window's own members
-    log_->disconnect(this);
+    // The parts go after this window's own members.
+    tree_->disconnect(this);
+    log_->view()->disconnect(this);
+    journal_->disconnect(this);
+    camera_->disconnect(this);
+    display_->set_grid(nullptr);
+    delete display_; // follows the camera
 }
 
 void MainWindow::build_layout()
 {
-    auto* upper = new QSplitter(Qt::Horizontal);
-    upper->setObjectName("upperSplitter");
-    upper->addWidget(grids_);
-    upper->addWidget(section_);
-    upper->setStretchFactor(1, 1);
-    upper->setChildrenCollapsible(false);
-    upper->setSizes({430, 900});
+    camera_->setObjectName("camera");
+    camera_->setMinimumSize(240, 160);
+    views_->setObjectName("views");
+    views_->setDocumentMode(true);
+    views_->addTab(camera_, tr("Camera"));
+    views_->addTab(section_, tr("Section"));
+    views_->setTabToolTip(0, tr("The selected grid in 3D"));
+    views_->setTabToolTip(1, tr("A vertical section through the selected grid"));
+    if (!camera_->can_draw())
+        views_->setCurrentWidget(section_);
+    setCentralWidget(views_);
+
+    cell_->setObjectName("cellInfo");
+    cell_->setAccessibleName(tr("Picked cell"));
+    cell_->setReadOnly(true);
+    cell_->setPlaceholderText(tr("A click on a cell in the camera shows its numbers here."));
+    cell_->setToolTip(tr("The cell that was picked last"));
 
     tabs_->setObjectName("lowerTabs");
+    tabs_->setDocumentMode(true);
     tabs_->addTab(log_, tr("Messages"));
     tabs_->addTab(journal_, tr("Journal"));
-    auto* lower = new QWidget;
+    tabs_->setTabToolTip(0, tr("What the program has to say, commands and their answers"));
+    tabs_->setTabToolTip(1, tr("The statements that made the models as they are"));
+    auto* lower = new QWidget(this);
     auto* line = new QHBoxLayout;
     auto* label = new QLabel(tr("C&ommand"), lower);
     label->setBuddy(console_);
     line->addWidget(label);
     line->addWidget(console_, 1);
+    console_hint_->setObjectName("consoleHint");
+    console_hint_->setTextFormat(Qt::PlainText);
+    console_hint_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    console_hint_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    console_hint_->hide();
     auto* column = new QVBoxLayout(lower);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins(4, 0, 4, 0);
     column->addWidget(tabs_, 1);
     column->addLayout(line);
+    column->addWidget(console_hint_);
 
-    auto* whole = new QSplitter(Qt::Vertical);
-    whole->setObjectName("mainSplitter");
-    whole->addWidget(upper);
-    whole->addWidget(lower);
-    whole->setStretchFactor(0, 1);
-    whole->setChildrenCollapsible(false);
-    whole->setSizes({600, 220});
-    auto* frame = new QWidget(this);
-    auto* margins = new QVBoxLayout(frame);
-    margins->setContentsMargins(6, 6, 6, 0);
-    margins->addWidget(whole);
-    setCentralWidget(frame);
-    statusBar()->setObjectName("statusBar");
+    auto* scroll = new QScrollArea(this);
+    scroll->setObjectName("displayScroll");
+    scroll->setWidget(display_);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setMinimumWidth(display_->minimumSizeHint().width() + scroll->verticalScrollBar()->sizeHint().width());
+
+    const auto add_dock = [this](const char* name, const QString& title, QWidget* widget, Qt::DockWidgetArea area) {
+        auto* dock = new QDockWidget(title, this);
+        dock->setObjectName(name);
+        dock->setWidget(widget);
+        addDockWidget(area, dock);
+        return dock;
+    };
+    setCorner(Qt::BottomLeftCorner, Qt::BottomDockWidgetArea);
+    setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
+    QDockWidget* objects = add_dock("objectsDock", tr("Objects"), tree_, Qt::LeftDockWidgetArea);
+    QDockWidget* details = add_dock("detailsDock", tr("Details"), details_, Qt::LeftDockWidgetArea);
+    QDockWidget* cell = add_dock("cellDock", tr("Cell"), cell_, Qt::LeftDockWidgetArea);
+    QDockWidget* display = add_dock("displayDock", tr("Display"), scroll, Qt::RightDockWidgetArea);
+    QDockWidget* lines = add_dock("linesDock", tr("Messages and commands"), lower, Qt::BottomDockWidgetArea);
+    tabifyDockWidget(details, cell);
+    details->raise();
 
     const QScreen* screen = QApplication::primaryScreen();
     resize(QSize(1360, 860).boundedTo(screen ? screen->availableSize() * 0.98 : QSize(1360, 860)));
+    resizeDocks({objects, display}, {310, 280}, Qt::Horizontal);
+    resizeDocks({objects, details}, {360, 220}, Qt::Vertical);
+    resizeDocks({lines}, {210}, Qt::Vertical);
 }
 
-void MainWindow::build_actions()
+void MainWindow::build_status_bar()
 {
-    QToolBar* bar = addToolBar(tr("Tools"));
-    bar->setObjectName("toolBar");
-    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    bar->setMovable(false);
-    std::map<std::string, QMenu*> menus;
-    for (const ActionRow& row : action_rows) {
-        QMenu*& menu = menus[row.menu];
-        if (!menu) {
-            menu = menuBar()->addMenu(tr(row.menu));
-            menu->setObjectName(QStringLiteral("menu_") + QString::fromLatin1(row.menu).remove(u'&'));
-        }
-        QAction* action = menu->addAction(tr(row.text));
-        action->setObjectName(row.id);
-        action->setToolTip(tr(row.tip));
-        action->setStatusTip(tr(row.tip));
-        action->setShortcut(QKeySequence(QString::fromLatin1(row.shortcut)));
-        if (*row.icon)
-            action->setIcon(Lodex::LQPixmapLib::icon(row.icon));
-        if (row.run)
-            connect(action, &QAction::triggered, this, row.run);
-        if (row.in_tool_bar)
-            bar->addAction(action);
-        actions_[row.id] = action;
-    }
-    connect(actions_.at("quit"), &QAction::triggered, this, &QWidget::close);
-    actions_.at("destroy")->setShortcutContext(Qt::WidgetShortcut); // elsewhere the key deletes text
-    for (const char* id : {"mergeSections", "report", "export", "destroy"})
-        grids_->addAction(actions_.at(id));
+    statusBar()->setObjectName("statusBar");
+    tool_hint_->setObjectName("toolHint");
+    QFont bold = font();
+    bold.setBold(true);
+    tool_hint_->setFont(bold);
+    tool_hint_->hide();
+    offer_->setObjectName("compareOffer");
+    offer_->setToolTip(tr("Opens the comparison of the fine property with the coarse one"));
+    offer_->setAutoDefault(false);
+    offer_->hide();
+    statusBar()->addPermanentWidget(tool_hint_);
+    statusBar()->addPermanentWidget(offer_);
+}
+
+void MainWindow::connect_parts()
+{
+    connect(tree_, &ObjectTree::grid_selected, this, &MainWindow::select_grid);
+    connect(tree_, &ObjectTree::item_selected, this, &MainWindow::select_item);
+    connect(tree_, &QTreeWidget::itemActivated, this, &MainWindow::show_selected);
+    connect(tree_, &QTreeWidget::customContextMenuRequested, this, [this](const QPoint& place) {
+        if (tree_->item().kind != TreeItem::Kind::None)
+            context_menu()->exec(tree_->viewport()->mapToGlobal(place));
+    });
+    connect(log_->view(), &LogView::problem, this, &MainWindow::show_problem);
+    connect(journal_, &JournalView::statement_added, this, &MainWindow::offer_comparison);
+    connect(console_, &ConsoleEdit::submitted, this, [this](const QString& text) {
+        log_->view()->add_command(text);
+        run(text);
+    });
+    connect(console_, &ConsoleEdit::hint_changed, this, [this](const QString& hint) {
+        console_hint_->setText(hint);
+        console_hint_->setToolTip(hint);
+        console_hint_->setVisible(!hint.isEmpty());
+    });
+    connect(camera_, &CameraView::hint_changed, this, [this](const QString& hint) {
+        tool_hint_->setText(hint.isEmpty() ? QString() : tr("%1 (Esc ends this)").arg(hint));
+        tool_hint_->setVisible(!hint.isEmpty());
+        select_item();
+        if (!hint.isEmpty() && camera_->can_draw())
+            views_->setCurrentWidget(camera_);
+    });
+    connect(camera_, &CameraView::cell_picked, this, [this](const CellInfo& cell) {
+        cell_->setPlainText(cell.text());
+        if (auto* dock = findChild<QDockWidget*>("cellDock"))
+            dock->raise();
+    });
+    connect(display_, &DisplayPanel::told, this,
+            [this](const QString& text) { statusBar()->showMessage(text, status_time); });
+    connect(offer_, &QPushButton::clicked, this, [this] {
+        offer_->hide();
+        ComparisonWindow* window = open_comparison();
+        window->choose(offered_.fine, offered_.fine_property, offered_.coarse, offered_.coarse_property,
+                       offered_.mapper);
+        window->compare();
+    });
 }
 
 bool MainWindow::run(const QString& text, const QString& source)
@@ -284,7 +308,7 @@ bool MainWindow::run(const QString& text, const QString& source)
     const auto results = Interpreter::instance().run(text.toStdString(), {.source = source.toStdString()});
     for (const StatementResult& result : results) {
         if (!result.answer.empty())
-            log_->add_answer(QString::fromStdString(result.answer));
+            log_->view()->add_answer(QString::fromStdString(result.answer));
     }
     const bool done =
         std::ranges::all_of(results, [](const auto& result) { return result.status == StatementStatus::Done; });
@@ -304,6 +328,8 @@ bool MainWindow::import_files(const QStringList& paths)
         const QString file = quoted_path(path);
         if (file.isEmpty() || !run(QStringLiteral("lodex import file %1 name %2").arg(file, name_for_import(path))))
             ++failed;
+        else
+            add_recent(path);
     }
     if (failed > 0)
         statusBar()->showMessage(tr("%1 of %2 files could not be imported").arg(failed).arg(paths.size()), status_time);
@@ -318,16 +344,116 @@ bool MainWindow::run_script(const QString& path)
         return false;
     }
     const QByteArray text = file.readAll();
-    log_->add_command(tr("script %1").arg(path));
+    log_->view()->add_command(tr("script %1").arg(path));
     return run(QString::fromUtf8(text), path);
+}
+
+QWidget* MainWindow::open_dialog(const QString& id)
+{
+    const auto& rows = dialog_rows();
+    const auto row = std::ranges::find_if(rows, [&](const DialogRow& one) { return id == QLatin1String(one.id); });
+    if (row == rows.end())
+        return nullptr;
+    auto& opener = openers_[row->id];
+    if (!opener)
+        opener = row->opener();
+    const TreeItem item = tree_->item();
+    SelectedObject stub(item);
+    const QString name =
+        item.kind == TreeItem::Kind::None || !*row->suffix ? QString() : item.grid + QLatin1String(row->suffix);
+    const auto [window, fresh] = opener->open(stub, name);
+    if (fresh && window)
+        place_beside_view(*window);
+    return window;
+}
+
+NumbersWindow* MainWindow::open_numbers()
+{
+    CornerPointGrid* const grid = tree_->selected();
+    if (!grid)
+        return nullptr;
+    const TreeItem item = tree_->item();
+    // Else what the camera shows.
+    const QString shown = QString::fromStdString(camera_->display(grid).colour.property);
+    auto* window = new NumbersWindow(*grid, item.kind == TreeItem::Kind::Property ? item.name : shown, this);
+    if (item.kind == TreeItem::Kind::Region)
+        window->choose_region(item.name);
+    window->show();
+    return window;
+}
+
+ComparisonWindow* MainWindow::open_comparison()
+{
+    const bool fresh = !comparison_ || comparison_->isHidden();
+    if (fresh) {
+        comparison_ = new ComparisonWindow(this); // goes when it closes
+        connect(comparison_, &ComparisonWindow::difference_requested, this,
+                [this](const QString& statement, const QString& grid, const QString& property) {
+                    if (run(statement))
+                        show_property(grid, property);
+                });
+    }
+    // What was made from what tells which grid is the fine one.
+    const CornerPointGrid* const selected = tree_->selected();
+    const auto source_of = [this](const CornerPointGrid& coarse) -> const CornerPointGrid* {
+        for (const DerivationRecord& record : coarse.model().records) {
+            for (const CornerPointGrid* grid : tree_->grids()) {
+                if (grid->model().id == record.source_id && grid->model().cells() > coarse.model().cells())
+                    return grid;
+            }
+        }
+        return nullptr;
+    };
+    const CornerPointGrid *fine = selected ? source_of(*selected) : nullptr, *coarse = fine ? selected : nullptr;
+    for (const CornerPointGrid* grid : tree_->grids()) {
+        if (selected && !coarse && source_of(*grid) == selected) {
+            fine = selected;
+            coarse = grid;
+        }
+    }
+    const TreeItem item = tree_->item();
+    const QString property = item.kind == TreeItem::Kind::Property ? item.name : QString();
+    comparison_->choose(fine ? to_qstring(fine->name()) : QString(), property,
+                        coarse ? to_qstring(coarse->name()) : QString(), property);
+    comparison_->show();
+    comparison_->raise();
+    comparison_->activateWindow();
+    return comparison_;
+}
+
+void MainWindow::show_property(const QString& grid, const QString& property)
+{
+    tree_->select(TreeItem{.kind = TreeItem::Kind::Property, .grid = grid, .name = property});
+    display_->colour_by(ColourBy::of_property(property.toStdString()));
+    section_->colour_by({Colouring::Kind::Property, property.toStdString()});
 }
 
 void MainWindow::select_grid(CornerPointGrid* grid)
 {
     section_->set_grid(grid);
-    for (const ActionRow& row : action_rows) {
-        if (row.needs_grid)
-            actions_.at(row.id)->setEnabled(grid);
+    display_->set_grid(grid);
+    if (!grid)
+        cell_->clear();
+}
+
+void MainWindow::select_item()
+{
+    const TreeItem item = tree_->item();
+    details_->show_item(item);
+    const bool any = item.kind != TreeItem::Kind::None && tree_->selected();
+    const bool single = any && (item.kind == TreeItem::Kind::Grid || !item.name.isEmpty());
+    for (const ActionRow& row : action_rows()) {
+        bool enabled = true;
+        switch (row.needs) {
+        case Needs::Nothing: break;
+        case Needs::Grid: enabled = any; break;
+        case Needs::Item: enabled = single; break;
+        case Needs::Coarsening:
+            enabled = any && item.kind == TreeItem::Kind::Activity && !item.name.contains(QStringLiteral(" -> "));
+            break;
+        case Needs::Tool: enabled = !camera_->hint().isEmpty(); break;
+        }
+        actions_.at(row.id)->setEnabled(enabled);
     }
 }
 
@@ -337,150 +463,86 @@ void MainWindow::show_problem(const QString& text)
     statusBar()->showMessage(text, status_time);
 }
 
-void MainWindow::ask_import()
+/// A property that was just carried to a coarse grid is worth a look beside the fine one.
+void MainWindow::offer_comparison(const QString& statement)
 {
-    QStringList all, filters;
-    for (const GridFormat* format : GridFormats::all()) {
-        if (!format->can_read())
-            continue;
-        filters.append(filter_of(*format));
-        all.append(filters.last().section(u'(', -1).chopped(1));
-    }
-    filters.prepend(tr("Models (%1)").arg(all.join(u' ')));
-    filters.append(tr("All files (*)"));
-    import_files(QFileDialog::getOpenFileNames(this, tr("Import"), QString(), filters.join(QStringLiteral(";;"))));
-}
-
-void MainWindow::ask_export()
-{
-    const CornerPointGrid* grid = grids_->selected();
-    if (!grid)
+    struct Carrier {
+        std::string_view verb, fine, coarse;
+    };
+    static constexpr std::array<Carrier, 3> carriers{{{"upscale_porosity", "fine_porosity", "coarse_porosity"},
+                                                      {"upscale_permeability", "fine_Perm_I", "coarse_Perm_I"},
+                                                      {"upscale_indicator", "fine_indicator", "coarse_indicator"}}};
+    if (!statement.contains(QStringLiteral("upscale_")))
         return;
-    std::map<QString, const GridFormat*> formats;
-    QStringList filters;
-    for (const GridFormat* format : GridFormats::all()) {
-        if (!format->can_write())
-            continue;
-        filters.append(filter_of(*format));
-        formats[filters.last()] = format;
+    try {
+        for (const Statement& one : parse_statements(statement.toStdString())) {
+            const Call call = bind_statement(one);
+            const auto carrier = std::ranges::find(carriers, call.verb().name, &Carrier::verb);
+            if (carrier == carriers.end() || !call.object())
+                continue;
+            const auto text = [&call](std::string_view keyword) { return QString::fromStdString(call.text(keyword)); };
+            offered_ = {to_qstring(call.object()->name()), text(carrier->fine), text("Coarse"), text(carrier->coarse),
+                        text("mapper")};
+            offer_->setText(tr("Compare %1 of %2 with %3 of %4")
+                                .arg(offered_.fine_property, offered_.fine, offered_.coarse_property, offered_.coarse));
+            offer_->show();
+        }
+    } catch (const CommandError&) {
+        return; // its objects have changed since: nothing to offer
     }
-    const QString name = to_qstring(grid->name());
-    QString chosen;
-    const QString path = QFileDialog::getSaveFileName(this, tr("Export %1").arg(name), QString(),
-                                                      filters.join(QStringLiteral(";;")), &chosen);
-    const QString file = path.isEmpty() ? QString() : quoted_path(path);
-    if (file.isEmpty())
-        return;
-    QString command = QStringLiteral("lodex export sgrid %1 file %2").arg(object_word(name), file);
-    const auto format = formats.find(chosen);
-    if (!format_by_ending(path) && format != formats.end()) {
-        const std::string_view word = format->second->name();
-        command += QStringLiteral(" format ") + QString::fromUtf8(word);
-    }
-    run(command);
 }
 
-void MainWindow::ask_script()
+void MainWindow::add_recent(const QString& path)
 {
-    const QString path = QFileDialog::getOpenFileName(this, tr("Run a script"), QString(),
-                                                      tr("Command scripts (*.lodex *.txt);;All files (*)"));
-    if (!path.isEmpty())
-        run_script(path);
+    const QString whole = QFileInfo(path).absoluteFilePath();
+    recent_.removeAll(whole);
+    recent_.prepend(whole);
+    recent_ = recent_.mid(0, most_recent);
+    if (settings_)
+        settings_->setValue("recentFiles", recent_);
 }
 
-void MainWindow::open_merge_dialog()
+void MainWindow::place_beside_view(QWidget& window)
 {
-    const CornerPointGrid* grid = grids_->selected();
-    if (!grid)
-        return;
-    SelectedGrid stub(grid->name());
-    const bool fresh =
-        !merge_dialog_ || !merge_shell_ || merge_shell_->widget() == nullptr || merge_shell_->widget()->isHidden();
-    if (fresh) {
-        merge_dialog_ = new Kelvane::LQSGSectionMergeDialog; // goes when its window closes
-        merge_shell_ = merge_dialog_->build_shell();
-    }
-    merge_dialog_->init(&stub);
-    if (fresh)
-        merge_dialog_->setNewGridName(to_qstring(grid->name()) + QStringLiteral("_coarse"));
-    merge_shell_->show();
-    if (fresh)
-        place_beside_section(*merge_shell_->widget());
-}
-
-void MainWindow::place_beside_section(QWidget& window)
-{
-    // What is chosen in the dialog shows in the section: beside this window where there is room, else over the list of
-    // grids.
+    // What is chosen in the dialog shows in the camera: beside this window where there is room, else over the tree.
     const QRect room = screen()->availableGeometry(), own = frameGeometry();
     const QSize size = window.frameGeometry().size();
-    const QPoint section = section_->mapToGlobal(QPoint(0, 0));
-    int x = std::max(room.left(), section.x() - size.width());
+    const QPoint view = views_->mapToGlobal(QPoint(0, 0));
+    int x = std::max(room.left(), view.x() - size.width());
     if (own.right() + size.width() <= room.right())
         x = own.right() + 1;
     else if (own.left() - size.width() >= room.left())
         x = own.left() - size.width();
     const int lowest = std::max(room.top(), room.bottom() - size.height());
-    window.move(x, std::clamp(section.y(), room.top(), lowest));
+    window.move(x, std::clamp(view.y(), room.top(), lowest));
 }
 
-void MainWindow::show_report()
+void MainWindow::read_settings()
 {
-    const CornerPointGrid* grid = grids_->selected();
-    if (!grid)
-        return;
-    const QString name = to_qstring(grid->name());
-    const QString command = QStringLiteral("lodex report sgrid %1").arg(object_word(name));
-    const auto results = Interpreter::instance().run(command.toStdString());
-    if (results.size() != 1 || results[0].status != StatementStatus::Done)
-        return;
-    auto* dialog = new ReportDialog(name, QString::fromStdString(results[0].answer), this);
-    connect(dialog, &ReportDialog::save_requested, this, [this, command](const QString& path) {
-        const QString file = quoted_path(path);
-        if (!file.isEmpty())
-            run(QStringLiteral("%1 file %2").arg(command, file));
-    });
-    dialog->show();
+    recent_ = settings_->value("recentFiles").toStringList();
+    console_->set_history(settings_->value("commands").toStringList());
+    restoreGeometry(settings_->value("geometry").toByteArray());
+    restoreState(settings_->value("layout").toByteArray(), layout_version);
 }
 
-void MainWindow::ask_destroy()
+void MainWindow::write_settings()
 {
-    const CornerPointGrid* grid = grids_->selected();
-    if (!grid)
-        return;
-    const QString name = to_qstring(grid->name());
-    QMessageBox box(QMessageBox::Question, tr("Destroy"),
-                    tr("Destroy the grid \"%1\" with its properties and regions?").arg(name), QMessageBox::NoButton,
-                    this);
-    box.setObjectName("destroyQuestion");
-    box.setTextFormat(Qt::PlainText);
-    QPushButton* destroy = box.addButton(tr("Destroy"), QMessageBox::AcceptRole);
-    QPushButton* keep = box.addButton(tr("Keep"), QMessageBox::RejectRole);
-    destroy->setObjectName("destroyYes");
-    keep->setObjectName("destroyNo");
-    box.setDefaultButton(keep);
-    box.setEscapeButton(keep);
-    box.exec();
-    if (box.clickedButton() == destroy)
-        run(QStringLiteral("lodex destroy objects %1").arg(object_word(name)));
-}
-
-void MainWindow::show_help()
-{
-    Lodex::XMHelpManager::instance()->display(to_cstring(help_key(help_url(help_start_page()))));
-}
-
-void MainWindow::show_about()
-{
-    QMessageBox::about(
-        this, tr("About"),
-        tr("<h3>lodex workbench %1</h3><p>Coarsens and refines stratigraphic grids: merges cell sections, "
-           "carries properties and regions over, and keeps a journal that makes the same models again.</p>")
-            .arg(QStringLiteral(LODEX_VERSION)));
+    settings_->setValue("recentFiles", recent_);
+    const QStringList& history = console_->history();
+    settings_->setValue("commands", history.mid(std::max<qsizetype>(0, history.size() - most_history)));
+    settings_->setValue("geometry", saveGeometry());
+    settings_->setValue("layout", saveState(layout_version));
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    if (BusyState::instance().busy() || Interpreter::instance().busy()) {
+        statusBar()->showMessage(tr("A command is running; cancel it first."), status_time);
+        event->ignore();
+        return;
+    }
+    if (settings_)
+        write_settings();
     QMainWindow::closeEvent(event);
     if (event->isAccepted())
         emit closed();

@@ -1,5 +1,6 @@
 #include "ReportDialog.h"
 
+#include "HelpKey.h"
 #include "lodex/utils/Numbers.h"
 
 #include <nlohmann/json.hpp>
@@ -69,9 +70,11 @@ ReportDialog::ReportDialog(const QString& grid, const QString& json, QWidget* pa
     : QDialog(parent), json_(json), tree_(new QTreeWidget(this))
 {
     setObjectName("reportDialog");
+    set_help_anchor(*this, "report");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Report of %1").arg(grid));
     tree_->setObjectName("reportTree");
+    tree_->setToolTip(tr("Numbers of the grid; lengths and volumes in its own unit"));
     tree_->setHeaderLabels({tr("What"), tr("Value")});
     tree_->setAlternatingRowColors(true);
     fill(tree_->invisibleRootItem(), ordered_json::parse(json.toStdString()));
@@ -90,6 +93,7 @@ ReportDialog::ReportDialog(const QString& grid, const QString& json, QWidget* pa
     connect(add_button("reportSave", tr("Save..."), tr("Saves the report as JSON")), &QPushButton::clicked, this,
             &ReportDialog::save);
     buttons->button(QDialogButtonBox::Close)->setObjectName("reportClose");
+    buttons->button(QDialogButtonBox::Close)->setToolTip(tr("Closes this window"));
     buttons->button(QDialogButtonBox::Close)->setDefault(true);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 

@@ -79,6 +79,17 @@ void SectionPanel::set_grid(CornerPointGrid* grid)
     fill_colourings();
 }
 
+void SectionPanel::colour_by(const Colouring& colouring)
+{
+    for (int n = 0; n < colour_by_->count(); ++n) {
+        if (colour_by_->itemData(n).value<Colouring>() == colouring) {
+            wanted_ = colouring;
+            colour_by_->setCurrentIndex(n);
+            return;
+        }
+    }
+}
+
 void SectionPanel::choose_axis()
 {
     auto* grid = static_cast<CornerPointGrid*>(grid_watch_.observed());

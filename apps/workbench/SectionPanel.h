@@ -19,6 +19,8 @@ public:
     /// Shows the same section and property as before as far as the grid has them. Null: nothing.
     void set_grid(CornerPointGrid* grid);
     [[nodiscard]] SectionView* view() const { return view_; }
+    /// Colours the cells by this, when the grid has it.
+    void colour_by(const Colouring& colouring);
 
 private:
     void fill_colourings();

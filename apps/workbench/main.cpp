@@ -2,7 +2,10 @@
 
 #include "HeadlessRun.h"
 #include "MainWindow.h"
+#include "Theme.h"
+#include "Translations.h"
 #include "lodex/appli/GuiServices.h"
+#include "lodex/gviews/CameraView.h"
 
 #include <Lodex/gui/Lodex_gui_init.h>
 
@@ -10,6 +13,7 @@
 
 #include <QApplication>
 #include <QLocale>
+#include <QSettings>
 #include <QTimer>
 
 #include <algorithm>
@@ -26,6 +30,7 @@ constexpr int bad_usage = 2;
 struct Options {
     std::vector<std::string> models;
     std::string headless; ///< folder for the results; empty: open the window
+    std::string language; ///< of menus and windows; empty: the user's choice, else the desktop's
 };
 
 /// Nothing when the program shall end with `status`.
@@ -36,9 +41,11 @@ bool read_options(int argc, char** argv, Options& options, int& status)
     app.add_option("MODEL", options.models, "Model files to import")->check(CLI::ExistingFile);
     app.add_option(
            "--headless", options.headless,
-           "Work without a display: coarsen the example field through the dialog and leave pictures, model, reports "
-           "and journal in this folder")
+           "Work without a display: coarsen the example field through the dialog, carry its properties over, compare, "
+           "and leave pictures, model, reports and journal in this folder")
         ->excludes("MODEL");
+    app.add_option("--language", options.language,
+                   "Language of menus and windows, such as fr; commands stay as they are");
     try {
         app.parse(argc, argv);
         return true;
@@ -70,8 +77,21 @@ void open_first(lodex::MainWindow& window, const std::vector<std::string>& model
         paths.append(QString::fromStdString(model));
     if (!paths.isEmpty())
         window.import_files(paths);
-    else if (window.run(QStringLiteral("lodex create example name Example")))
-        window.open_merge_dialog();
+    else
+        window.run(QStringLiteral("lodex create example name Example"));
+}
+
+/// Theme and language, as asked for now, chosen before, or as the desktop has them.
+void use_choices(const std::string& language)
+{
+    const auto settings = lodex::MainWindow::user_settings();
+    const int theme = settings->value("theme", 0).toInt();
+    if (theme > 0 && theme <= static_cast<int>(lodex::Theme::Dark))
+        lodex::use_theme(static_cast<lodex::Theme>(theme));
+    QStringList wanted = QLocale::system().uiLanguages();
+    wanted.prepend(settings->value("language").toString());
+    wanted.prepend(QString::fromStdString(language));
+    lodex::use_language(lodex::language_for(wanted));
 }
 
 } // namespace
@@ -89,6 +109,7 @@ int main(int argc, char** argv)
         qInstallMessageHandler(pass_on_message);
     }
 
+    lodex::CameraView::prepare_application();
     QApplication application(argc, argv); // takes the toolkit's own arguments out
     QApplication::setApplicationName(QStringLiteral("lodex-workbench"));
     QApplication::setApplicationDisplayName(QStringLiteral("lodex workbench"));
@@ -99,11 +120,14 @@ int main(int argc, char** argv)
         return status;
     Lodex::Lodex_gui_init::initialize();
 
-    if (!options.headless.empty())
+    if (!options.headless.empty()) {
+        lodex::use_language(lodex::language_for({QString::fromStdString(options.language)}));
         return lodex::run_headless(options.headless, std::cout, std::cerr);
+    }
+    use_choices(options.language);
 
     const lodex::GuiServices services;
-    lodex::MainWindow window;
+    lodex::MainWindow window(nullptr, lodex::MainWindow::Memory::Settings);
     QObject::connect(&window, &lodex::MainWindow::closed, &application, &QCoreApplication::quit);
     window.show();
     QTimer::singleShot(0, &window, [&] { open_first(window, options.models); });

@@ -64,7 +64,7 @@ TEST_F(CompareVerb, BadInput)
     EXPECT_NE(error("lodex on SGrid Fine compare_property PORO Coarse Other coarse_property PORO difference PORO")
                   .find("would replace the property \"PORO\" that is compared"),
               std::string::npos);
-    EXPECT_NE(error("lodex on SGrid Fine compare_property PORO Coarse Other coarse_property PORO mapper wind").find("no mapper \"wind\""),
+    EXPECT_NE(error("lodex on SGrid Fine compare_property PORO Coarse Other coarse_property PORO mapper wind").find("\"mapper\" is \"wind\"; expected one of \"geometric\""),
               std::string::npos);
 }
 

@@ -233,4 +233,20 @@ TEST_F(ConsoleTest, CompletesBehindCharactersOfSeveralBytes)
     EXPECT_EQ(console.text(), "lodex on SGrid Öl set_layers ");
 }
 
+TEST_F(ConsoleTest, HelpsWithWhatIsBeingTyped)
+{
+    EXPECT_EQ(command_hint("lodex"), "");
+    EXPECT_EQ(command_hint("lodex nonsense "), "");
+    EXPECT_EQ(command_hint("lodex create sgrid ").find("create sgrid: Makes a plain box"), 0u);
+    add_box("My box");
+    EXPECT_EQ(command_hint("lodex on SGrid My box upscale_porosity weight_using_volume "),
+              "weight_using_volume (flag, default 0): whether cells weigh by their bulk volume");
+    QSignalSpy hints(&console, &ConsoleEdit::hint_changed);
+    console.insert("lodex create sgrid ");
+    ASSERT_GE(hints.count(), 1);
+    EXPECT_TRUE(hints.last()[0].toString().startsWith("create sgrid: "));
+    console.clear();
+    EXPECT_EQ(hints.last()[0].toString(), "");
+}
+
 } // namespace

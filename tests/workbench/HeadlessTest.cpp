@@ -36,9 +36,33 @@ TEST_F(HeadlessTest, LeavesPicturesModelReportsAndJournal)
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(out))
         names.insert(entry.path().filename().string());
-    EXPECT_EQ(names, (std::set<std::string>{"coarse.grdecl", "coarse.json", "coarse_grid.png", "fine.json",
-                                            "fine_grid.png", "journal.lodex", "merge_dialog.png"}));
-    for (const char* name : {"merge_dialog.png", "fine_grid.png", "coarse_grid.png"}) {
+    const std::set<std::string> expected{"coarse.grdecl",
+                                         "coarse.json",
+                                         "coarse_cross.png",
+                                         "coarse_grid.png",
+                                         "coarse_histogram.png",
+                                         "coarse_profile.png",
+                                         "comparison_PERMX.png",
+                                         "comparison_PORO.png",
+                                         "dialog_downscaleGrid.png",
+                                         "dialog_flowUnits.png",
+                                         "dialog_subdivideSections.png",
+                                         "dialog_upscaleGrid.png",
+                                         "dialog_upscaleProperty.png",
+                                         "difference.png",
+                                         "fine.json",
+                                         "fine_cross.png",
+                                         "fine_grid.png",
+                                         "fine_histogram.png",
+                                         "fine_painted.png",
+                                         "fine_profile.png",
+                                         "journal.lodex",
+                                         "merge_dialog.png",
+                                         "report.json",
+                                         "window.png"};
+    EXPECT_EQ(names, expected);
+    for (const char* name :
+         {"merge_dialog.png", "fine_grid.png", "coarse_grid.png", "comparison_PORO.png", "window.png"}) {
         const QImage picture(QString::fromStdString((out / name).string()));
         EXPECT_GT(picture.width(), 400) << name;
         EXPECT_GT(picture.height(), 300) << name;
@@ -50,7 +74,19 @@ TEST_F(HeadlessTest, LeavesPicturesModelReportsAndJournal)
     EXPECT_EQ(fine["size"], nlohmann::json({50, 40, 40}));
     EXPECT_EQ(coarse["size"], nlohmann::json({50, 40, 20}));
     EXPECT_NEAR(coarse["total_volume"].get<double>() / fine["total_volume"].get<double>(), 1, 1e-6);
-    EXPECT_EQ(coarse["properties"].size(), fine["properties"].size()) << "properties are carried over";
+    for (const char* property : {"PORO", "PERMX", "PERMY", "PERMZ", "FACIES"})
+        EXPECT_TRUE(coarse["properties"].contains(property)) << property;
+
+    // Porosity by volume is conserved over the cells that are compared; the report says what was run.
+    const auto report = nlohmann::json::parse(content(out / "report.json"));
+    EXPECT_EQ(report["fine"]["size"], fine["size"]);
+    EXPECT_EQ(report["coarse"]["size"], coarse["size"]);
+    EXPECT_EQ(report["comparisons"].size(), 3u);
+    const auto& porosity = report["comparisons"]["PORO"];
+    EXPECT_NEAR(porosity["coarse"]["mean"].get<double>() / porosity["fine"]["mean"].get<double>(), 1, 5e-3)
+        << porosity.dump(2);
+    EXPECT_GE(report["commands"].size(), 8u);
+    EXPECT_NE(report["commands"][2]["text"].get<std::string>().find("upscale_porosity"), std::string::npos);
     EXPECT_EQ(coarse["layers"].size(), 4u);
 
     EXPECT_NE(

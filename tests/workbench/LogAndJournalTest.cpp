@@ -1,10 +1,14 @@
 #include "WorkbenchTest.h"
 
 #include "apps/workbench/JournalView.h"
+#include "apps/workbench/LogPanel.h"
 #include "apps/workbench/LogView.h"
 #include "lodex/utils/Errors.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -58,6 +62,34 @@ TEST_F(LogViewTest, ShowsMessagesCommandsAndAnswers)
               "> lodex help\ntwo\nlines\ndone\nwarning: careful\nerror: 1:1: no\n  in: lodex x\nerror: stop");
     EXPECT_TRUE(log.isReadOnly());
     EXPECT_TRUE(log.textInteractionFlags() & Qt::TextSelectableByMouse);
+}
+
+TEST(LogPanelTest, ChoosesByLevelAndTextAndCopiesWhatIsShown)
+{
+    LogPanel panel;
+    LogView* log = panel.view();
+    Logger::log(LogLevel::Info, "all is well");
+    Logger::log(LogLevel::Warning, "careful");
+    Logger::log(LogLevel::Error, "no");
+    auto* level = panel.findChild<QComboBox*>("logLevel");
+    level->setCurrentIndex(1);
+    EXPECT_EQ(log->toPlainText(), "warning: careful\nerror: no");
+    Logger::log(LogLevel::Info, "more");
+    EXPECT_EQ(log->toPlainText(), "warning: careful\nerror: no");
+    panel.findChild<QPushButton*>("logCopy")->click();
+    EXPECT_EQ(QApplication::clipboard()->text(), "warning: careful\nerror: no");
+    level->setCurrentIndex(2);
+    EXPECT_EQ(log->toPlainText(), "error: no");
+    level->setCurrentIndex(0);
+    EXPECT_EQ(log->toPlainText(), "all is well\nwarning: careful\nerror: no\nmore") << "nothing was lost";
+    auto* search = panel.findChild<QLineEdit*>("logSearch");
+    search->setText("CARE");
+    EXPECT_EQ(log->toPlainText(), "warning: careful");
+    search->clear();
+    panel.findChild<QPushButton*>("logClear")->click();
+    EXPECT_EQ(log->toPlainText(), "");
+    Logger::log(LogLevel::Info, "again");
+    EXPECT_EQ(log->toPlainText(), "again");
 }
 
 TEST_F(LogViewTest, KindsHaveTheirColoursInBothThemes)

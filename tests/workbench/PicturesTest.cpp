@@ -4,11 +4,19 @@
 #include "apps/workbench/ConsoleEdit.h"
 #include "apps/workbench/MainWindow.h"
 #include "apps/workbench/ReportDialog.h"
+#include "apps/workbench/DisplayPanel.h"
 #include "apps/workbench/SectionPanel.h"
+#include "apps/workbench/ShortcutsDialog.h"
+#include "apps/workbench/Theme.h"
+#include "apps/workbench/Translations.h"
+#include "apps/workbench/plots/ComparisonWindow.h"
+#include "apps/workbench/plots/NumbersWindow.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QListWidget>
 #include <QTabWidget>
 #include <QTest>
 
@@ -19,28 +27,8 @@ namespace {
 /// Saves pictures for people to look at.
 class PicturesTest : public WorkbenchTest {
 protected:
-    PicturesTest() : light_(QApplication::palette()) {}
-    ~PicturesTest() override { QApplication::setPalette(light_); }
+    ~PicturesTest() override { use_theme(Theme::System); }
 
-    static void use_dark_theme()
-    {
-        QPalette palette;
-        const QColor window(45, 45, 48), base(30, 30, 30), text(225, 225, 225), dim(130, 130, 130);
-        palette.setColor(QPalette::Window, window);
-        palette.setColor(QPalette::Base, base);
-        palette.setColor(QPalette::AlternateBase, window);
-        palette.setColor(QPalette::Button, window);
-        palette.setColor(QPalette::ToolTipBase, window);
-        for (const auto role :
-             {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText, QPalette::BrightText})
-            palette.setColor(role, text);
-        for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-            palette.setColor(QPalette::Disabled, role, dim);
-        palette.setColor(QPalette::PlaceholderText, dim);
-        palette.setColor(QPalette::Highlight, QColor(38, 79, 120));
-        palette.setColor(QPalette::HighlightedText, Qt::white);
-        QApplication::setPalette(palette);
-    }
     void look_at(QWidget& widget, const QString& name)
     {
         QApplication::processEvents();
@@ -68,6 +56,7 @@ protected:
         auto* colour_by = window.findChild<QComboBox*>("colourBy");
         colour_by->setCurrentText("FACIES");
         window.findChild<QTabWidget*>("lowerTabs")->setCurrentIndex(1);
+        window.findChild<QTabWidget*>("views")->setCurrentIndex(1);
         look_at(window, "facies_" + theme);
         colour_by->setCurrentText("PERMZ");
         look_at(*window.section(), "permeability_" + theme);
@@ -75,12 +64,48 @@ protected:
         look_at(*window.section(), "unit_" + theme);
         window.findChild<QAction*>("report")->trigger();
         look_at(*window.findChild<ReportDialog*>(), "report_" + theme);
+        window.findChild<QAction*>("shortcuts")->trigger();
+        look_at(*window.findChild<ShortcutsDialog*>(), "shortcuts_" + theme);
+        look_at(*window.display(), "display_" + theme);
+        numbers(window, theme);
+        comparison(window, theme);
+    }
+
+    void numbers(MainWindow& window, const QString& theme)
+    {
+        window.tree()->select(TreeItem{.kind = TreeItem::Kind::Property, .grid = "Example", .name = "PERMX"});
+        NumbersWindow* numbers = window.open_numbers();
+        numbers->findChild<QCheckBox*>("numbersLogBins")->setChecked(true);
+        look_at(*numbers, "histogram_log_" + theme);
+        numbers->findChild<QComboBox*>("numbersProperty")->setCurrentText("FACIES");
+        look_at(*numbers, "histogram_facies_" + theme);
+        auto* pages = numbers->findChild<QTabWidget*>("numbersPages");
+        pages->setCurrentIndex(1);
+        auto* list = numbers->findChild<QListWidget*>("numbersProfileList");
+        for (int row = 0; row < std::min(3, list->count()); ++row)
+            list->item(row)->setCheckState(Qt::Checked);
+        look_at(*numbers, "profile_own_" + theme);
+        numbers->findChild<QCheckBox*>("numbersOwnRanges")->setChecked(false);
+        look_at(*numbers, "profile_" + theme);
+        pages->setCurrentIndex(2);
+        numbers->findChild<QComboBox*>("numbersProperty")->setCurrentText("PORO");
+        numbers->findChild<QComboBox*>("numbersOther")->setCurrentText("PERMX");
+        numbers->findChild<QCheckBox*>("numbersLogY")->setChecked(true);
+        look_at(*numbers, "cross_" + theme);
+        numbers->close();
+    }
+    void comparison(MainWindow& window, const QString& theme)
+    {
+        window.tree()->select("Coarse");
+        ComparisonWindow* comparison = window.open_comparison();
+        look_at(*comparison, "comparison_empty_" + theme);
+        comparison->choose("Example", "PORO", "Coarse", "PORO", "stratigraphic");
+        comparison->compare();
+        look_at(*comparison, "comparison_" + theme);
+        comparison->close();
     }
 
     QString folder_ = picture_folder();
-
-private:
-    QPalette light_;
 };
 
 TEST_F(PicturesTest, LightTheme)
@@ -88,9 +113,25 @@ TEST_F(PicturesTest, LightTheme)
     main_window("light");
 }
 
+TEST_F(PicturesTest, French)
+{
+    if (!use_language("fr"))
+        GTEST_SKIP() << "built without the linguist tools";
+    MainWindow window;
+    window.resize(1360, 860);
+    window.show();
+    EXPECT_TRUE(window.run("lodex create example name Example size 12+10+12"));
+    look_at(window, "french");
+    look_at(*window.open_numbers(), "numbers_french");
+    QWidget* merge = window.open_dialog("mergeSections");
+    look_at(*merge, "merge_french");
+    merge->close();
+    use_language("en");
+}
+
 TEST_F(PicturesTest, DarkTheme)
 {
-    use_dark_theme();
+    use_theme(Theme::Dark);
     main_window("dark");
 }
 

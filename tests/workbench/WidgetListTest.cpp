@@ -4,9 +4,10 @@
 #include "WorkbenchTest.h"
 
 #include "apps/workbench/MainWindow.h"
-#include "sgresize/LQSGSectionMergeDialog.h"
-
-#include <Lodex/xtools/XMShell.h>
+#include "apps/workbench/DialogTable.h"
+#include "apps/workbench/plots/ComparisonWindow.h"
+#include "apps/workbench/plots/NumbersWindow.h"
+#include "CommandStub.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -68,18 +69,31 @@ QString rows(const QString& title, const QWidget& window)
 
 TEST_F(WidgetListTest, ThePageListsEveryWidgetThatCanBeTouched)
 {
-    QString page = "# Widgets\n\nEvery widget that a person can touch, by its object name, for tests, assistive tools and "
-                   "recorded sessions.\nMade from the running windows by the tests of the workbench (`LODEX_UPDATE_DOCS=1`).\n\n";
+    QString page =
+        "# Widgets\n\nEvery widget that a person can touch, by its object name, for tests, assistive tools and "
+        "recorded sessions.\nMade from the running windows by the tests of the workbench (`LODEX_UPDATE_DOCS=1`).\n\n";
     {
         MainWindow window;
         page += rows("Main window", window);
     }
-    auto* dialog = new Kelvane::LQSGSectionMergeDialog;
-    Lodex::XMShell* shell = dialog->build_shell();
-    page += rows("Merge SGrid Sections", *shell->widget());
-    shell->close();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCoreApplication::processEvents();
+    add_box("Box");
+    {
+        NumbersWindow numbers(*find_grid("Box"));
+        numbers.setAttribute(Qt::WA_DeleteOnClose, false);
+        page += rows("Numbers", numbers);
+        ComparisonWindow comparison;
+        comparison.setAttribute(Qt::WA_DeleteOnClose, false);
+        page += rows("Compare fine with coarse", comparison);
+    }
+    for (const DialogRow& row : dialog_rows()) {
+        const auto opener = row.opener();
+        CommandStub nothing;
+        QWidget* const window = opener->open(nothing, {}).window;
+        page += rows(window->windowTitle(), *window);
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents();
+    }
 
     const std::string path = SOURCE_DIR "/docs/widgets.md";
     if (qEnvironmentVariableIsSet("LODEX_UPDATE_DOCS")) {

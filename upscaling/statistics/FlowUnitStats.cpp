@@ -3,8 +3,9 @@
 #include "FlowUnitCreation.h"
 
 #include "upscaling/kernels/ParallelBlocks.h"
+#include "upscaling/upscalers/AverageUpscaler.h"
+#include "upscaling/upscalers/UpscalerInfo.h"
 
-#include <Kelvane/upscaling/UpscalerTypes.h>
 #include <Lodex/utils/Logger.h>
 #include <Lodex/utils/ProgressTracer.h>
 #include <Lodex/volumes/SGrid.h>
@@ -142,21 +143,9 @@ std::vector<float> to_floats(const std::vector<double>& numbers)
 
 std::optional<Average> average_of_type(const Lodex::CString& upscaler_type)
 {
-    static const std::array<std::pair<Lodex::CString, Average>, 11> types{{
-        {ArithmeticUpscalerType::type(), Average::Arithmetic},
-        {GeometricUpscalerType::type(), Average::Geometric},
-        {HarmonicUpscalerType::type(), Average::Harmonic},
-        {PowerUpscalerType::type(), Average::Power},
-        {SumUpscalerType::type(), Average::Sum},
-        {MinUpscalerType::type(), Average::Minimum},
-        {MaxUpscalerType::type(), Average::Maximum},
-        {MedianUpscalerType::type(), Average::Median},
-        {MostProbableUpscalerType::type(), Average::MostProbable},
-        {NumberUpscalerType::type(), Average::Number},
-        {DykstraParsonCoeffUpscalerType::type(), Average::DykstraParsons},
-    }};
-    const auto* const found = std::ranges::find(types, upscaler_type, &std::pair<Lodex::CString, Average>::first);
-    return found == types.end() ? std::nullopt : std::optional(found->second);
+    const auto upscaler = make_upscaler("upgridder", upscaler_type);
+    const auto* const average = dynamic_cast<const AverageUpscaler*>(upscaler.get());
+    return average ? average->kernel() : std::nullopt;
 }
 
 std::unique_ptr<FlowUnitStatsManager> FlowUnitStatsManager::create()

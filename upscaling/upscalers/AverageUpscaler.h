@@ -17,8 +17,8 @@ public:
     /// As Kelvane::average(): finite values that the rules accept, weights empty or one each; NaN when there is no answer. May
     /// reorder the values. Safe from several threads at once.
     [[nodiscard]] virtual double average(double power, std::span<double> values, std::span<const double> weights) const = 0;
-    /// The method under which PartialAverage puts it together from parts; nothing when it cannot.
-    [[nodiscard]] virtual std::optional<Average> joinable_as() const { return std::nullopt; }
+    /// The kernel's method that it is; nothing for a method that stands on its own.
+    [[nodiscard]] virtual std::optional<Average> kernel() const { return std::nullopt; }
 
     [[nodiscard]] bool accepts_negative(double power) const final { return rules(power).accepts_negative; }
     [[nodiscard]] bool accepts_zero(double power) const final { return rules(power).accepts_zero; }
@@ -32,10 +32,7 @@ public:
     {
         return Kelvane::average(method, power, values, weights);
     }
-    [[nodiscard]] std::optional<Average> joinable_as() const override
-    {
-        return rules_of(method, 1).joinable ? std::optional(method) : std::nullopt;
-    }
+    [[nodiscard]] std::optional<Average> kernel() const override { return method; }
 };
 
 } // namespace Kelvane

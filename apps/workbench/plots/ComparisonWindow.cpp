@@ -1,7 +1,8 @@
 #include "ComparisonWindow.h"
 
+#include "apps/workbench/HelpKey.h"
 #include "Plots.h"
-#include "lodex/utils/Names.h"
+#include "lodex/interpreter/Interpreter.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/model/PropertyTools.h"
 
@@ -48,11 +49,21 @@ void choose_entry(QComboBox* list, const QString& entry)
         list->setCurrentIndex(at);
 }
 
+/// Positive numbers that a logarithmic axis shows better.
+bool spans_decades(const std::vector<double>& numbers)
+{
+    if (numbers.empty())
+        return false;
+    const auto [least, greatest] = std::ranges::minmax(numbers);
+    return least > 0 && greatest > 1000 * least;
+}
+
 } // namespace
 
 ComparisonWindow::ComparisonWindow(QWidget* parent) : QDialog(parent)
 {
     setObjectName("comparisonWindow");
+    set_help_anchor(*this, "comparison");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowFlag(Qt::WindowMaximizeButtonHint);
     setWindowTitle(tr("Compare fine with coarse"));
@@ -103,19 +114,26 @@ ComparisonWindow::ComparisonWindow(QWidget* parent) : QDialog(parent)
     table_->setHorizontalHeaderLabels({tr("What"), tr("Fine"), tr("Coarse"), tr("Change")});
     table_->verticalHeader()->hide();
     table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    table_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    table_->setWordWrap(false);
+    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 8);
+    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table_->horizontalHeader()->setStretchLastSection(true);
+    table_->setToolTip(tr("The fine cells that belong to a coarse cell beside the coarse cells that have fine ones"));
     plot_ = new CrossPlot(this);
     plot_->setObjectName("comparisonPlot");
+    plot_->set_diagonal(true);
     plot_->set_empty_text(tr("Choose two grids and their properties, then press Compare"));
 
     auto* split = new QSplitter(Qt::Horizontal, this);
     split->addWidget(table_);
     split->addWidget(plot_);
-    split->setStretchFactor(0, 1);
+    split->setStretchFactor(0, 0);
     split->setStretchFactor(1, 1);
+    split->setChildrenCollapsible(false);
+    split->setSizes({500, 500});
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     buttons->button(QDialogButtonBox::Close)->setObjectName("comparisonClose");
+    buttons->button(QDialogButtonBox::Close)->setToolTip(tr("Closes this window"));
     const auto add = [&](const char* name, const QString& text, const QString& tip, auto&& act) {
         QPushButton* button = buttons->addButton(text, QDialogButtonBox::ActionRole);
         button->setObjectName(name);
@@ -124,16 +142,18 @@ ComparisonWindow::ComparisonWindow(QWidget* parent) : QDialog(parent)
         connect(button, &QPushButton::clicked, this, act);
         return button;
     };
-    difference_ = add("comparisonDifference", tr("Show the &difference"),
-                      tr("Makes the difference a property of the coarse grid and shows it"), [this] { show_difference(); });
+    difference_ =
+        add("comparisonDifference", tr("Show the &difference"),
+            tr("Makes the difference a property of the coarse grid and shows it"), [this] { show_difference(); });
     add("comparisonCopy", tr("Copy &table"), tr("Copies the table for a spreadsheet"), [this] { copy_table(table()); });
-    add("comparisonSave", tr("&Save table..."), tr("Saves the table as comma-separated values"), [this] { save_table(table(), this); });
+    add("comparisonSave", tr("&Save table..."), tr("Saves the table as comma-separated values"),
+        [this] { save_table(table(), this); });
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(choices);
     layout->addWidget(verdict_);
     layout->addWidget(split, 1);
     layout->addWidget(buttons);
-    resize(900, 560);
+    resize(1040, 560);
 
     refill();
     for (QComboBox* box : {fine_, coarse_})
@@ -154,12 +174,14 @@ ComparisonWindow::~ComparisonWindow()
     Lodex::GeobaseLib::instance()->detach(this);
 }
 
-void ComparisonWindow::choose(const QString& fine, const QString& fine_property, const QString& coarse, const QString& coarse_property)
+void ComparisonWindow::choose(const QString& fine, const QString& fine_property, const QString& coarse,
+                              const QString& coarse_property, const QString& mapper)
 {
     choose_entry(fine_, fine);
     choose_entry(coarse_, coarse);
     choose_entry(fine_property_, fine_property);
     choose_entry(coarse_property_, coarse_property);
+    choose_entry(mapper_, mapper);
 }
 
 void ComparisonWindow::refill_later()
@@ -221,8 +243,8 @@ void ComparisonWindow::compare()
     }
     const PropertyData* const before = fine->model().find_property(fine_property_->currentText().toStdString());
     const PropertyData* const after = coarse->model().find_property(coarse_property_->currentText().toStdString());
-    const auto* factory = dynamic_cast<const Lodex::CellMapperFactory*>(
-        Lodex::FactoryLib::instance()->find(Lodex::GridObjCellMapperFactoriesDomain(), Lodex::to_cstring(mapper_->currentText())));
+    const auto* factory = dynamic_cast<const Lodex::CellMapperFactory*>(Lodex::FactoryLib::instance()->find(
+        Lodex::GridObjCellMapperFactoriesDomain(), Lodex::to_cstring(mapper_->currentText())));
     if (!before || !after || !factory) {
         verdict_->setText(tr("Choose a property of each grid."));
         return;
@@ -266,7 +288,9 @@ void ComparisonWindow::compare()
         const Row& row = rows[static_cast<std::size_t>(at)];
         const double change = row.fine != 0 ? 100 * (row.coarse / row.fine - 1) : std::nan("");
         const QStringList texts{row.what, table_number(row.fine), table_number(row.coarse),
-                                std::isfinite(change) ? QString::fromStdString(format_general(change, 4)) + QStringLiteral(" %") : QString()};
+                                std::isfinite(change)
+                                    ? QString::fromStdString(format_general(change, 4)) + QStringLiteral(" %")
+                                    : QString()};
         for (int column = 0; column < 4; ++column) {
             auto* item = new QTableWidgetItem(texts[column]);
             if (column > 0)
@@ -284,26 +308,30 @@ void ComparisonWindow::compare()
         pairs.x.push_back(value - result.difference[cell]);
         pairs.y.push_back(value);
     }
-    plot_->show_pairs(std::move(pairs), tr("Mean of the fine cells"), tr("Coarse value"), false, false);
+    const bool logarithmic = spans_decades(pairs.x) && spans_decades(pairs.y);
+    plot_->show_pairs(std::move(pairs), tr("Mean of the fine cells"), tr("Coarse value"), logarithmic, logarithmic);
     const GridSize& size = coarse->model().size;
     const std::int64_t at = result.largest_cell;
     verdict_->setText(result.compared == 0
                           ? tr("No coarse cell has fine cells with values.")
-                          : tr("%1 coarse cells compared. Mean difference %2, mean absolute difference %3, largest %4 at cell (%5, %6, %7).")
-                                .arg(QString::number(result.compared), table_number(result.mean_difference), table_number(result.mean_absolute),
-                                     table_number(result.largest_absolute), QString::number(at % size[0] + 1),
-                                     QString::number(at / size[0] % size[1] + 1), QString::number(at / (size[0] * size[1]) + 1)));
+                          : tr("%1 coarse cells compared. Mean difference %2, mean absolute difference %3, largest %4 "
+                               "at cell (%5, %6, %7).")
+                                .arg(QString::number(result.compared), table_number(result.mean_difference),
+                                     table_number(result.mean_absolute), table_number(result.largest_absolute),
+                                     QString::number(at % size[0] + 1), QString::number(at / size[0] % size[1] + 1),
+                                     QString::number(at / (size[0] * size[1]) + 1)));
     difference_->setEnabled(result.compared > 0);
 }
 
 void ComparisonWindow::show_difference()
 {
     const QString name = coarse_property_->currentText() + QStringLiteral("_difference");
-    const auto word = [](const QString& text) { return QString::fromStdString(quoted(text.toStdString())); };
-    emit difference_requested(QStringLiteral("lodex on SGrid %1 compare_property %2 Coarse %3 coarse_property %4 mapper %5 difference %6")
-                                  .arg(word(fine_->currentText()), word(fine_property_->currentText()), word(coarse_->currentText()),
-                                       word(coarse_property_->currentText()), word(mapper_->currentText()), word(name)),
-                              coarse_->currentText(), name);
+    const auto word = [](const QString& text) { return QString::fromStdString(lodex::quoted(text.toStdString())); };
+    emit difference_requested(
+        QStringLiteral("lodex on SGrid %1 compare_property %2 Coarse %3 coarse_property %4 mapper %5 difference %6")
+            .arg(word(fine_->currentText()), word(fine_property_->currentText()), word(coarse_->currentText()),
+                 word(coarse_property_->currentText()), word(mapper_->currentText()), word(name)),
+        coarse_->currentText(), name);
 }
 
 DataTable ComparisonWindow::table() const

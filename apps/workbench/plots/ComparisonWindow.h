@@ -17,8 +17,8 @@ namespace lodex {
 
 class CrossPlot;
 
-/// A property of a fine grid beside one of a coarse grid: totals, statistics side by side, coarse values against the means of
-/// their fine cells, and the difference as a property of the coarse grid.
+/// A property of a fine grid beside one of a coarse grid: totals, statistics side by side, coarse values against the
+/// means of their fine cells, and the difference as a property of the coarse grid.
 class ComparisonWindow : public QDialog, private Lodex::CatalogueObserver {
     Q_OBJECT
 
@@ -27,7 +27,8 @@ public:
     ~ComparisonWindow() override;
 
     /// Chooses grids and properties; an empty or unknown name leaves the choice as it is.
-    void choose(const QString& fine, const QString& fine_property, const QString& coarse, const QString& coarse_property);
+    void choose(const QString& fine, const QString& fine_property, const QString& coarse,
+                const QString& coarse_property, const QString& mapper = {});
     [[nodiscard]] DataTable table() const;
 
 public slots:

@@ -78,15 +78,17 @@ void copy_table(const DataTable& table)
 
 bool save_table(const DataTable& table, QWidget* parent)
 {
-    const QString path = QFileDialog::getSaveFileName(parent, QCoreApplication::translate("DataTable", "Save the table"), QString(),
-                                                      QCoreApplication::translate("DataTable", "Comma-separated values (*.csv);;All files (*)"));
+    const QString path = QFileDialog::getSaveFileName(
+        parent, QCoreApplication::translate("DataTable", "Save the table"), QString(),
+        QCoreApplication::translate("DataTable", "Comma-separated values (*.csv);;All files (*)"));
     return !path.isEmpty() && write_file(path, table.csv().toStdString());
 }
 
 bool save_picture(QWidget& widget, QWidget* parent)
 {
-    const QString path = QFileDialog::getSaveFileName(parent, QCoreApplication::translate("DataTable", "Save the picture"), QString(),
-                                                      QCoreApplication::translate("DataTable", "Pictures (*.png);;All files (*)"));
+    const QString path =
+        QFileDialog::getSaveFileName(parent, QCoreApplication::translate("DataTable", "Save the picture"), QString(),
+                                     QCoreApplication::translate("DataTable", "Pictures (*.png);;All files (*)"));
     if (path.isEmpty())
         return false;
     QImage image(2 * widget.size(), QImage::Format_ARGB32_Premultiplied);

@@ -1,6 +1,8 @@
 #include "NumbersWindow.h"
 
+#include "apps/workbench/HelpKey.h"
 #include "Plots.h"
+#include "lodex/utils/Numbers.h"
 #include "lodex/volumes/PropertyComparison.h"
 #include "lodex/volumes/model/PropertyTools.h"
 
@@ -37,6 +39,12 @@ template <class Widget> Widget* named(Widget* widget, const char* name, const QS
     return widget;
 }
 
+/// As shown, with fewer digits than the tables that are copied.
+QString number_text(double value)
+{
+    return std::isfinite(value) ? QString::fromStdString(format_general(value, 6)) : QString();
+}
+
 /// The list with these entries and its former choice, without a signal.
 void set_entries(QComboBox* list, const QStringList& entries)
 {
@@ -49,9 +57,11 @@ void set_entries(QComboBox* list, const QStringList& entries)
 
 } // namespace
 
-NumbersWindow::NumbersWindow(CornerPointGrid& grid, const QString& property, QWidget* parent) : QDialog(parent), grid_(&grid)
+NumbersWindow::NumbersWindow(CornerPointGrid& grid, const QString& property, QWidget* parent)
+    : QDialog(parent), grid_(&grid)
 {
     setObjectName("numbersWindow");
+    set_help_anchor(*this, "numbers");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowFlag(Qt::WindowMaximizeButtonHint);
     setWindowTitle(tr("Numbers of %1").arg(Lodex::to_qstring(grid.name())));
@@ -73,8 +83,10 @@ NumbersWindow::NumbersWindow(CornerPointGrid& grid, const QString& property, QWi
     auto* split = new QSplitter(Qt::Horizontal, this);
     split->addWidget(pages_);
     split->addWidget(statistics_);
-    split->setStretchFactor(0, 3);
-    split->setStretchFactor(1, 1);
+    split->setStretchFactor(0, 1);
+    split->setStretchFactor(1, 0);
+    split->setChildrenCollapsible(false);
+    split->setSizes({650, 260});
     layout->addWidget(split, 1);
     build_buttons();
     resize(920, 560);
@@ -82,8 +94,12 @@ NumbersWindow::NumbersWindow(CornerPointGrid& grid, const QString& property, QWi
     refill();
     if (const int at = property_->findText(property); at >= 0)
         property_->setCurrentIndex(at);
+    follow_property();
     const auto again = [this] { refresh(); };
-    connect(property_, &QComboBox::currentIndexChanged, this, again);
+    connect(property_, &QComboBox::currentIndexChanged, this, [this] {
+        follow_property();
+        refresh();
+    });
     connect(region_, &QComboBox::currentIndexChanged, this, again);
     connect(by_volume_, &QCheckBox::toggled, this, again);
     connect(bins_, &QSpinBox::valueChanged, this, again);
@@ -106,28 +122,42 @@ NumbersWindow::NumbersWindow(CornerPointGrid& grid, const QString& property, QWi
     refresh();
 }
 
+void NumbersWindow::choose_region(const QString& region)
+{
+    if (const int at = region_->findText(region, Qt::MatchExactly | Qt::MatchCaseSensitive); at > 0)
+        region_->setCurrentIndex(at);
+}
+
 void NumbersWindow::build_controls()
 {
     property_ = named(new QComboBox(this), "numbersProperty", tr("The property to look at"));
     region_ = named(new QComboBox(this), "numbersRegion", tr("Cells that count; inactive cells never do"));
-    by_volume_ = named(new QCheckBox(tr("By &volume"), this), "numbersByVolume", tr("Cells weigh by their bulk volume instead of being counted"));
+    by_volume_ = named(new QCheckBox(tr("By &volume"), this), "numbersByVolume",
+                       tr("Cells weigh by their bulk volume instead of being counted"));
     bins_ = named(new QSpinBox(this), "numbersBins", tr("Number of bars of a continuous property"));
     bins_->setRange(1, 500);
     bins_->setValue(40);
     bins_->setKeyboardTracking(false);
-    log_bins_ = named(new QCheckBox(tr("&Logarithmic"), this), "numbersLogBins", tr("Bars of even width in the logarithm; values of 0 or less are left out"));
-    profile_list_ = named(new QListWidget(this), "numbersProfileList", tr("Properties whose means per K layer are drawn"));
-    own_ranges_ = named(new QCheckBox(tr("Each on its &own range"), this), "numbersOwnRanges", tr("Every line fills the width, so that shapes can be compared"));
+    log_bins_ = named(new QCheckBox(tr("&Logarithmic"), this), "numbersLogBins",
+                      tr("Bars of even width in the logarithm; values of 0 or less are left out"));
+    profile_list_ =
+        named(new QListWidget(this), "numbersProfileList", tr("Properties whose means per K layer are drawn"));
+    own_ranges_ = named(new QCheckBox(tr("Each on its &own range"), this), "numbersOwnRanges",
+                        tr("Every line fills the width, so that shapes can be compared"));
+    own_ranges_->setChecked(true);
     other_ = named(new QComboBox(this), "numbersOther", tr("The property on the vertical axis"));
     log_x_ = named(new QCheckBox(tr("Log, &horizontal"), this), "numbersLogX", tr("Logarithmic horizontal axis"));
     log_y_ = named(new QCheckBox(tr("Log, v&ertical"), this), "numbersLogY", tr("Logarithmic vertical axis"));
-    statistics_ = named(new QTableWidget(0, 2, this), "numbersStatistics", tr("Statistics of the property over the chosen cells"));
+    statistics_ = named(new QTableWidget(0, 2, this), "numbersStatistics",
+                        tr("Statistics of the property over the chosen cells"));
     statistics_->setHorizontalHeaderLabels({tr("What"), tr("Value")});
     statistics_->verticalHeader()->hide();
     statistics_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     statistics_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     statistics_->horizontalHeader()->setStretchLastSection(true);
-    statistics_->setMinimumWidth(220);
+    statistics_->verticalHeader()->setDefaultSectionSize(statistics_->fontMetrics().height() + 8);
+    statistics_->setWordWrap(false);
+    statistics_->setMinimumWidth(240);
 }
 
 void NumbersWindow::build_pages()
@@ -175,13 +205,16 @@ void NumbersWindow::build_buttons()
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, act);
     };
-    add("numbersCopy", tr("&Copy table"), tr("Copies the numbers of this page for a spreadsheet"), [this] { copy_table(table()); });
-    add("numbersSave", tr("&Save table..."), tr("Saves the numbers of this page as comma-separated values"), [this] { save_table(table(), this); });
+    add("numbersCopy", tr("&Copy table"), tr("Copies the numbers of this page for a spreadsheet"),
+        [this] { copy_table(table()); });
+    add("numbersSave", tr("&Save table..."), tr("Saves the numbers of this page as comma-separated values"),
+        [this] { save_table(table(), this); });
     add("numbersPicture", tr("Save p&icture..."), tr("Saves the plot as a picture"), [this] {
         QWidget* plots[] = {histogram_, profile_, cross_};
         save_picture(*plots[pages_->currentIndex()], this);
     });
     buttons->button(QDialogButtonBox::Close)->setObjectName("numbersClose");
+    buttons->button(QDialogButtonBox::Close)->setToolTip(tr("Closes this window"));
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout()->addWidget(buttons);
 }
@@ -208,7 +241,23 @@ void NumbersWindow::refill()
     for (const QString& name : properties) {
         auto* item = new QListWidgetItem(name, profile_list_);
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
-        item->setCheckState(checked.contains(name) || (checked.isEmpty() && name == properties.front()) ? Qt::Checked : Qt::Unchecked);
+        item->setCheckState(
+            checked.contains(name) || (checked.isEmpty() && name == properties.front()) ? Qt::Checked : Qt::Unchecked);
+    }
+}
+
+/// A profile of one property is that of the chosen one; several stay as they were checked.
+void NumbersWindow::follow_property()
+{
+    const QSignalBlocker silent(profile_list_);
+    int checked = 0;
+    for (int row = 0; row < profile_list_->count(); ++row)
+        checked += profile_list_->item(row)->checkState() == Qt::Checked ? 1 : 0;
+    if (checked > 1)
+        return;
+    for (int row = 0; row < profile_list_->count(); ++row) {
+        QListWidgetItem* const item = profile_list_->item(row);
+        item->setCheckState(item->text() == property_->currentText() ? Qt::Checked : Qt::Unchecked);
     }
 }
 
@@ -247,14 +296,18 @@ void NumbersWindow::refresh()
         std::vector<Profile> profiles;
         for (int row = 0; row < profile_list_->count(); ++row)
             if (profile_list_->item(row)->checkState() == Qt::Checked)
-                if (const PropertyData* one = grid_->model().find_property(profile_list_->item(row)->text().toStdString()))
+                if (const PropertyData* one =
+                        grid_->model().find_property(profile_list_->item(row)->text().toStdString()))
                     profiles.push_back(k_profile(from, *one));
-        profile_->show_profiles(std::move(profiles), own_ranges_->isChecked());
+        const bool own = own_ranges_->isChecked() && profiles.size() > 1; // one line needs its numbers
+        own_ranges_->setEnabled(profiles.size() > 1);
+        profile_->show_profiles(std::move(profiles), own);
         break;
     }
     default:
         if (const PropertyData* other = property(other_))
-            cross_->show_pairs(cross_pairs(from, *chosen, *other, most_dots), name, other_->currentText(), log_x_->isChecked(), log_y_->isChecked());
+            cross_->show_pairs(cross_pairs(from, *chosen, *other, most_dots), name, other_->currentText(),
+                               log_x_->isChecked(), log_y_->isChecked());
         break;
     }
     show_statistics(from, *chosen);
@@ -275,16 +328,17 @@ void NumbersWindow::show_statistics(const PlotCells& from, const PropertyData& p
         undefined += std::isnan(values.back());
     }
     const WeightedStatistics s = weighted_statistics(std::move(values), std::move(volumes));
-    const std::vector<std::pair<QString, QString>> rows{{tr("Defined cells"), QString::number(s.count)},
-                                                        {tr("Undefined cells"), QString::number(undefined)},
-                                                        {tr("Minimum"), table_number(s.min)},
-                                                        {tr("P10"), table_number(s.p10)},
-                                                        {tr("P50"), table_number(s.p50)},
-                                                        {tr("P90"), table_number(s.p90)},
-                                                        {tr("Maximum"), table_number(s.max)},
-                                                        {tr("Mean"), table_number(s.mean)},
-                                                        {tr("Standard deviation"), table_number(s.deviation)},
-                                                        {from.by_volume ? tr("Sum of value × volume") : tr("Sum"), table_number(s.total)}};
+    const std::vector<std::pair<QString, QString>> rows{
+        {tr("Defined cells"), QString::number(s.count)},
+        {tr("Undefined cells"), QString::number(undefined)},
+        {tr("Minimum"), number_text(s.min)},
+        {tr("P10"), number_text(s.p10)},
+        {tr("P50"), number_text(s.p50)},
+        {tr("P90"), number_text(s.p90)},
+        {tr("Maximum"), number_text(s.max)},
+        {tr("Mean"), number_text(s.mean)},
+        {tr("Standard deviation"), number_text(s.deviation)},
+        {from.by_volume ? tr("Sum of value × volume") : tr("Sum"), number_text(s.total)}};
     statistics_->setRowCount(static_cast<int>(rows.size()));
     for (int row = 0; row < statistics_->rowCount(); ++row) {
         const auto& [what, value] = rows[static_cast<std::size_t>(row)];
@@ -297,7 +351,7 @@ void NumbersWindow::show_statistics(const PlotCells& from, const PropertyData& p
         const int row = statistics_->rowCount();
         statistics_->setRowCount(row + 1);
         statistics_->setItem(row, 0, new QTableWidgetItem(tr("Correlation")));
-        auto* item = new QTableWidgetItem(table_number(cross_->pairs().correlation));
+        auto* item = new QTableWidgetItem(number_text(cross_->pairs().correlation));
         item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         statistics_->setItem(row, 1, item);
     }
@@ -308,12 +362,13 @@ DataTable NumbersWindow::table() const
     DataTable result;
     switch (pages_->currentIndex()) {
     case 0: {
-        const Histogram& data = histogram_->data();
-        result.heading = {tr("from"), tr("to"), cells().by_volume ? tr("bulk volume") : tr("cells"), tr("cumulative part")};
-        for (std::size_t n = 0; n < data.heights.size(); ++n) {
-            const QString first = data.discrete ? QString::fromStdString(data.labels[n]) : table_number(data.edges[n]);
-            result.rows.push_back({first, data.discrete ? first : table_number(data.edges[n + 1]), table_number(data.heights[n]),
-                                   table_number(data.cumulative[n])});
+        const Histogram& bars = histogram_->data();
+        result.heading = {tr("from"), tr("to"), cells().by_volume ? tr("bulk volume") : tr("cells"),
+                          tr("cumulative part")};
+        for (std::size_t n = 0; n < bars.heights.size(); ++n) {
+            const QString first = bars.discrete ? QString::fromStdString(bars.labels[n]) : table_number(bars.edges[n]);
+            result.rows.push_back({first, bars.discrete ? first : table_number(bars.edges[n + 1]),
+                                   table_number(bars.heights[n]), table_number(bars.cumulative[n])});
         }
         break;
     }

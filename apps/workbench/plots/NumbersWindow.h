@@ -20,14 +20,17 @@ class CrossPlot;
 class HistogramPlot;
 class ProfilePlot;
 
-/// Numbers of one grid: histogram with cumulative curve, K profile of several properties, cross plot, and the statistics of
-/// the chosen property, over the active cells or those of a region. Follows the grid; closes when the grid goes.
+/// Numbers of one grid: histogram with cumulative curve, K profile of several properties, cross plot, and the
+/// statistics of the chosen property, over the active cells or those of a region. Follows the grid; closes when the
+/// grid goes.
 class NumbersWindow : public QDialog {
     Q_OBJECT
 
 public:
     explicit NumbersWindow(CornerPointGrid& grid, const QString& property = {}, QWidget* parent = nullptr);
 
+    /// Looks at the cells of a region only; an unknown one changes nothing.
+    void choose_region(const QString& region);
     /// The table behind what the current page shows.
     [[nodiscard]] DataTable table() const;
 
@@ -37,6 +40,7 @@ private:
     void build_buttons();
     void refill();
     void refresh();
+    void follow_property();
     void show_statistics(const PlotCells& cells, const PropertyData& property);
     [[nodiscard]] PlotCells cells() const;
     [[nodiscard]] const PropertyData* property(const QComboBox* list) const;

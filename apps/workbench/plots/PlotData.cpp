@@ -100,7 +100,8 @@ Histogram histogram(const PlotCells& cells, const PropertyData& property, int bi
     for_cells(cells, [&](std::size_t cell, double weight) {
         const double value = value_or_nan(property, cell);
         if (usable(value))
-            result.heights[static_cast<std::size_t>(std::clamp(static_cast<int>((place(value) - least) / width), 0, bins - 1))] += weight;
+            result.heights[static_cast<std::size_t>(
+                std::clamp(static_cast<int>((place(value) - least) / width), 0, bins - 1))] += weight;
     });
     fill_cumulative(result);
     return result;
@@ -143,7 +144,8 @@ CrossPairs cross_pairs(const PlotCells& cells, const PropertyData& x, const Prop
     const auto count = static_cast<double>(std::max<std::int64_t>(1, result.pairs));
     const double mean_x = sum_x.value() / count, mean_y = sum_y.value() / count;
     CompensatedSum xx, yy, xy;
-    const std::int64_t step = std::max<std::int64_t>(1, (result.pairs + static_cast<std::int64_t>(most) - 1) / std::max<std::int64_t>(1, static_cast<std::int64_t>(most)));
+    const std::int64_t step = std::max<std::int64_t>(1, (result.pairs + static_cast<std::int64_t>(most) - 1) /
+                                                            std::max<std::int64_t>(1, static_cast<std::int64_t>(most)));
     std::int64_t place = 0;
     for_pairs([&](double a, double b) {
         xx.add((a - mean_x) * (a - mean_x));
@@ -154,7 +156,8 @@ CrossPairs cross_pairs(const PlotCells& cells, const PropertyData& x, const Prop
             result.y.push_back(b);
         }
     });
-    result.correlation = xx.value() > 0 && yy.value() > 0 ? xy.value() / std::sqrt(xx.value() * yy.value()) : std::nan("");
+    result.correlation =
+        xx.value() > 0 && yy.value() > 0 ? xy.value() / std::sqrt(xx.value() * yy.value()) : std::nan("");
     return result;
 }
 

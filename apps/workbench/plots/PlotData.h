@@ -45,6 +45,7 @@ struct CrossPairs {
     double correlation = 0;     ///< Pearson's, over all pairs; NaN when one of the two does not vary
 };
 
-[[nodiscard]] CrossPairs cross_pairs(const PlotCells& cells, const PropertyData& x, const PropertyData& y, std::size_t most);
+[[nodiscard]] CrossPairs cross_pairs(const PlotCells& cells, const PropertyData& x, const PropertyData& y,
+                                     std::size_t most);
 
 } // namespace lodex

@@ -51,7 +51,8 @@ void PlotWidget::set_empty_text(const QString& text)
 
 QColor PlotWidget::series_colour(int index)
 {
-    static constexpr std::array<QRgb, 6> colours{0xff2a7fc1, 0xffd9742b, 0xff3a9a4b, 0xffb4449c, 0xff8a6d3b, 0xff5f6fd0};
+    static constexpr std::array<QRgb, 6> colours{0xff2a7fc1, 0xffd9742b, 0xff3a9a4b,
+                                                 0xffb4449c, 0xff8a6d3b, 0xff5f6fd0};
     return QColor::fromRgb(colours[static_cast<std::size_t>(index) % colours.size()]);
 }
 
@@ -73,9 +74,10 @@ void PlotWidget::paintEvent(QPaintEvent*)
     x_ = x_axis();
     y_ = y_axis();
     const QFontMetrics metrics(font());
-    const qreal left = 2.2 * metrics.height() + metrics.horizontalAdvance(QStringLiteral("-0.0000")), top = metrics.height();
+    const qreal left = 2.2 * metrics.height() + metrics.horizontalAdvance(QStringLiteral("-0.0000")),
+                top = metrics.height();
     const qreal bottom = (x_.title.isEmpty() ? 1.6 : 3.0) * metrics.height();
-    frame_ = QRectF(left, top, std::max<qreal>(10, width() - left - 1.5 * metrics.height()),
+    frame_ = QRectF(left, top, std::max<qreal>(10, width() - left - right_margin()),
                     std::max<qreal>(10, height() - top - bottom));
     paint_axes(painter);
     painter.save();
@@ -97,34 +99,38 @@ void PlotWidget::paint_axes(QPainter& painter)
         if (!axis.logarithmic)
             return tick_places(axis.first, axis.last, most);
         std::vector<double> decades;
-        const double from = std::log10(std::min(axis.first, axis.last)), to = std::log10(std::max(axis.first, axis.last));
+        const double from = std::log10(std::min(axis.first, axis.last)),
+                     to = std::log10(std::max(axis.first, axis.last));
         const double step = std::max(1.0, std::ceil((to - from) / most));
         for (double n = std::ceil(from - 1e-9); n <= to + 1e-9; n += step)
             decades.push_back(std::pow(10, n));
         return decades.size() > 1 ? decades : tick_places(axis.first, axis.last, most);
     };
     if (x_.ticks) {
-        for (const double value : places(x_, std::max(2, static_cast<int>(frame_.width() / (6 * metrics.averageCharWidth() + 30))))) {
+        for (const double value :
+             places(x_, std::max(2, static_cast<int>(frame_.width() / (6 * metrics.averageCharWidth() + 30))))) {
             const qreal x = frame_.left() + x_.place(value) * frame_.width();
             painter.setPen(line);
             painter.drawLine(QPointF(x, frame_.top()), QPointF(x, frame_.bottom()));
             painter.setPen(palette().color(QPalette::Text));
-            painter.drawText(QRectF(x - 60, frame_.bottom() + 2, 120, metrics.height()), Qt::AlignHCenter | Qt::AlignTop, number(value));
+            painter.drawText(QRectF(x - 60, frame_.bottom() + 2, 120, metrics.height()),
+                             Qt::AlignHCenter | Qt::AlignTop, number(value));
         }
     }
     if (y_.ticks) {
-        for (const double value : places(y_, std::max(2, static_cast<int>(frame_.height() / (2.2 * metrics.height()))))) {
+        for (const double value :
+             places(y_, std::max(2, static_cast<int>(frame_.height() / (2.2 * metrics.height()))))) {
             const qreal y = frame_.bottom() - y_.place(value) * frame_.height();
             painter.setPen(line);
             painter.drawLine(QPointF(frame_.left(), y), QPointF(frame_.right(), y));
             painter.setPen(palette().color(QPalette::Text));
-            painter.drawText(QRectF(0, y - metrics.height() / 2.0, frame_.left() - 5, metrics.height()), Qt::AlignRight | Qt::AlignVCenter,
-                             number(value));
+            painter.drawText(QRectF(0, y - metrics.height() / 2.0, frame_.left() - 5, metrics.height()),
+                             Qt::AlignRight | Qt::AlignVCenter, number(value));
         }
     }
     painter.setPen(palette().color(QPalette::Text));
-    painter.drawText(QRectF(frame_.left(), frame_.bottom() + 1.5 * metrics.height(), frame_.width(), metrics.height()), Qt::AlignCenter,
-                     metrics.elidedText(x_.title, Qt::ElideRight, static_cast<int>(frame_.width())));
+    painter.drawText(QRectF(frame_.left(), frame_.bottom() + 1.5 * metrics.height(), frame_.width(), metrics.height()),
+                     Qt::AlignCenter, metrics.elidedText(x_.title, Qt::ElideRight, static_cast<int>(frame_.width())));
     painter.save();
     painter.translate(0, frame_.center().y());
     painter.rotate(-90);

@@ -21,8 +21,8 @@ struct PlotAxis {
     [[nodiscard]] double place(double value) const;
 };
 
-/// A small plot: frame, grid lines, ticks and titles, with the colours of the palette, so that it reads in light and dark.
-/// Derived plots draw their data.
+/// A small plot: frame, grid lines, ticks and titles, with the colours of the palette, so that it reads in light and
+/// dark. Derived plots draw their data.
 class PlotWidget : public QWidget {
     Q_OBJECT
 
@@ -42,6 +42,9 @@ protected:
     [[nodiscard]] virtual PlotAxis y_axis() const = 0;
     /// Draws inside the frame; map() turns values into places.
     virtual void paint_data(QPainter& painter) = 0;
+
+    /// Room to the right of the frame, in pixels.
+    [[nodiscard]] virtual qreal right_margin() const { return 1.5 * fontMetrics().height(); }
 
     [[nodiscard]] QPointF map(double x, double y) const;
     [[nodiscard]] const QRectF& frame() const { return frame_; }

@@ -25,7 +25,10 @@ PlotAxis axis_over(const std::vector<double>& numbers, bool logarithmic, const Q
         return {.first = 0, .last = 1, .title = title};
     if (logarithmic) {
         const double room = std::max(0.03 * (std::log10(largest) - std::log10(least)), 0.02);
-        return {.first = std::pow(10, std::log10(least) - room), .last = std::pow(10, std::log10(largest) + room), .logarithmic = true, .title = title};
+        return {.first = std::pow(10, std::log10(least) - room),
+                .last = std::pow(10, std::log10(largest) + room),
+                .logarithmic = true,
+                .title = title};
     }
     const double room = largest > least ? 0.03 * (largest - least) : std::max(1e-12, 0.05 * std::abs(least));
     return {.first = least - room, .last = largest + room, .title = title};
@@ -44,12 +47,21 @@ void HistogramPlot::show_histogram(Histogram data, const QString& title, const Q
 
 PlotAxis HistogramPlot::x_axis() const
 {
-    return {.first = data_.edges.front(), .last = data_.edges.back(), .logarithmic = data_.logarithmic, .title = title_, .ticks = !data_.discrete};
+    return {.first = data_.edges.front(),
+            .last = data_.edges.back(),
+            .logarithmic = data_.logarithmic,
+            .title = title_,
+            .ticks = !data_.discrete};
 }
 
 PlotAxis HistogramPlot::y_axis() const
 {
     return {.first = 0, .last = highest_ > 0 ? 1.05 * highest_ : 1, .title = height_title_};
+}
+
+qreal HistogramPlot::right_margin() const
+{
+    return fontMetrics().horizontalAdvance(QStringLiteral("100 %")) + 12;
 }
 
 void HistogramPlot::paint_data(QPainter& painter)
@@ -65,16 +77,23 @@ void HistogramPlot::paint_data(QPainter& painter)
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(series_colour(1), 2));
     painter.drawPath(curve);
+    painter.setClipping(false);
+    const QFontMetrics metrics(font());
+    for (const int percent : {0, 25, 50, 75, 100}) {
+        const qreal y = frame().bottom() - percent / 100.0 * frame().height();
+        painter.drawText(QRectF(frame().right() + 4, y - metrics.height() / 2.0, right_margin(), metrics.height()),
+                         Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("%1 %").arg(percent));
+    }
     if (!data_.discrete)
         return;
     // Names of the codes stand below the bars.
-    painter.setClipping(false);
     painter.setPen(palette().color(QPalette::Text));
-    const QFontMetrics metrics(font());
     for (std::size_t n = 0; n < data_.labels.size(); ++n) {
         const QPointF left = map(data_.edges[n], 0), right = map(data_.edges[n + 1], 0);
-        painter.drawText(QRectF(left.x(), frame().bottom() + 2, right.x() - left.x(), metrics.height()), Qt::AlignCenter,
-                         metrics.elidedText(QString::fromStdString(data_.labels[n]), Qt::ElideRight, static_cast<int>(right.x() - left.x())));
+        painter.drawText(QRectF(left.x(), frame().bottom() + 2, right.x() - left.x(), metrics.height()),
+                         Qt::AlignCenter,
+                         metrics.elidedText(QString::fromStdString(data_.labels[n]), Qt::ElideRight,
+                                            static_cast<int>(right.x() - left.x())));
     }
 }
 
@@ -146,9 +165,11 @@ void ProfilePlot::paint_data(QPainter& painter)
         const QString name = QString::fromStdString(profiles_[n].name);
         const qreal width = metrics.horizontalAdvance(name);
         painter.setPen(QPen(series_colour(static_cast<int>(n)), 3));
-        painter.drawLine(QPointF(frame().right() - width - 34, y + metrics.height() / 2.0), QPointF(frame().right() - width - 14, y + metrics.height() / 2.0));
+        painter.drawLine(QPointF(frame().right() - width - 34, y + metrics.height() / 2.0),
+                         QPointF(frame().right() - width - 14, y + metrics.height() / 2.0));
         painter.setPen(palette().color(QPalette::Text));
-        painter.drawText(QRectF(frame().right() - width - 8, y, width + 4, metrics.height()), Qt::AlignLeft | Qt::AlignVCenter, name);
+        painter.drawText(QRectF(frame().right() - width - 8, y, width + 4, metrics.height()),
+                         Qt::AlignLeft | Qt::AlignVCenter, name);
     }
 }
 
@@ -182,6 +203,14 @@ void CrossPlot::paint_data(QPainter& painter)
         if ((log_x_ && pairs_.x[n] <= 0) || (log_y_ && pairs_.y[n] <= 0))
             continue;
         painter.drawEllipse(map(pairs_.x[n], pairs_.y[n]), 2, 2);
+    }
+    if (!diagonal_ || log_x_ != log_y_)
+        return;
+    const PlotAxis across = x_axis(), up = y_axis();
+    const double from = std::max(across.first, up.first), to = std::min(across.last, up.last);
+    if (from < to) {
+        painter.setPen(QPen(series_colour(1), 1.5, Qt::DashLine));
+        painter.drawLine(map(from, from), map(to, to));
     }
 }
 

@@ -5,7 +5,7 @@
 
 namespace lodex {
 
-/// Bars, and the cumulative curve on the same width.
+/// Bars, and the cumulative curve on the same width with its own axis to the right.
 class HistogramPlot : public PlotWidget {
     Q_OBJECT
 
@@ -19,6 +19,7 @@ protected:
     [[nodiscard]] PlotAxis x_axis() const override;
     [[nodiscard]] PlotAxis y_axis() const override;
     void paint_data(QPainter& painter) override;
+    [[nodiscard]] qreal right_margin() const override;
 
 private:
     Histogram data_;
@@ -56,6 +57,8 @@ public:
     using PlotWidget::PlotWidget;
     void show_pairs(CrossPairs pairs, const QString& x_title, const QString& y_title, bool log_x, bool log_y);
     [[nodiscard]] const CrossPairs& pairs() const { return pairs_; }
+    /// Draws the line where both values are the same.
+    void set_diagonal(bool on) { diagonal_ = on; }
 
 protected:
     [[nodiscard]] bool has_data() const override { return !pairs_.x.empty(); }
@@ -66,7 +69,7 @@ protected:
 private:
     CrossPairs pairs_;
     QString x_title_, y_title_;
-    bool log_x_ = false, log_y_ = false;
+    bool log_x_ = false, log_y_ = false, diagonal_ = false;
 };
 
 } // namespace lodex

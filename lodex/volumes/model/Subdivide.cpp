@@ -2,7 +2,6 @@
 
 #include "CellGeometry.h"
 #include "FaultBlocks.h"
-#include "LargeArray.h"
 #include "Layering.h"
 #include "MergeCarry.h"
 #include "ParallelBlocks.h"
@@ -41,10 +40,17 @@ bool chosen(bool wanted, const std::optional<std::vector<std::string>>& names, c
 // The arrays of a new grid, made side by side: most of the time goes into touching their pages for the first time.
 class ArrayMaker {
 public:
-    /// `array` gets `size` zeros when run() is called.
+    /// The empty `array` gets `size` zeros when run() is called.
     template <class T> void add(std::vector<T>& array, std::size_t size)
     {
-        work_.emplace_back([this, &array, size] { array = make_array<T>(size, stop_); });
+        work_.emplace_back([this, &array, size] {
+            array.reserve(size);
+            // Ordinary pages, not large ones: those come quickly only while the system has some at hand. A virtual
+            // machine that gives its free memory back has to fetch each one first, which took five times as long.
+            constexpr std::size_t step = (std::size_t{1} << 24) / sizeof(T);
+            while (array.size() < size && !stop_.load(std::memory_order_relaxed))
+                array.resize(std::min(size, array.size() + step));
+        });
     }
     void add(std::function<void()> work) { work_.push_back(std::move(work)); }
 

@@ -3,8 +3,6 @@
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/PropertyComparison.h"
 
-#include <Lodex/utils/COSNameList.h>
-
 #include <nlohmann/json.hpp>
 
 #include <cmath>
@@ -44,24 +42,12 @@ void run(Call& call)
     if (call.has("difference") && call.text("difference") == coarse_property.name)
         call.fail("the difference would replace the property \"" + coarse_property.name + "\" that is compared; expected another name",
                   "difference");
-    const auto* factory = dynamic_cast<const Lodex::CellMapperFactory*>(
-        Lodex::FactoryLib::instance()->find(Lodex::GridObjCellMapperFactoriesDomain(), call.text("mapper")));
-    if (!factory)
-        call.fail("there is no mapper \"" + call.text("mapper") + "\"", "mapper");
-    const auto part = [&call](double from, double to) -> ProgressCheck {
-        return [&call, from, to](double done) { return call.progress(from + (to - from) * done); };
-    };
-    std::unique_ptr<Lodex::MatchedGrids> matched;
-    try {
-        matched = factory->create()->match(
-            {.fine = &fine, .coarse = &coarse, .fine_cells = fine.active_flags(), .coarse_cells = coarse.active_flags()}, part(0, 0.4));
-    } catch (const std::runtime_error& error) {
-        call.fail(error.what(), "mapper");
-    }
-    for (const std::string& warning : matched->warnings())
-        call.warn(warning);
+    const auto matched = match_grids(
+        call, "mapper",
+        {.fine = &fine, .coarse = &coarse, .fine_cells = fine.active_flags(), .coarse_cells = coarse.active_flags()},
+        part_of_progress(call, 0, 0.4));
     PropertyComparison comparison =
-        compare_properties(fine, fine_property, coarse, coarse_property, matched->mapping(), part(0.4, 1));
+        compare_properties(fine, fine_property, coarse, coarse_property, matched->mapping(), part_of_progress(call, 0.4, 1));
 
     ordered_json report{{"fine", {{"grid", fine.name().str()}, {"property", fine_property.name}}},
                         {"coarse", {{"grid", coarse.name().str()}, {"property", coarse_property.name}}}};
@@ -96,8 +82,8 @@ const VerbRegistration registration{
                    .positional = true},
                   {.name = "Coarse", .kind = ValueKind::Object, .meaning = "the coarse grid", .required = true, .object_type = "SGrid"},
                   {.name = "coarse_property", .kind = ValueKind::Text, .meaning = "the property of the coarse grid", .required = true},
-                  {.name = "mapper", .kind = ValueKind::Text, .meaning = "how fine cells are matched to coarse cells",
-                   .default_value = "geometric"},
+                  {.name = "mapper", .kind = ValueKind::Choice, .meaning = "how fine cells are matched to coarse cells",
+                   .default_value = "geometric", .choices = mapper_names()},
                   {.name = "difference", .kind = ValueKind::ItemName,
                    .meaning = "property to make on the coarse grid: its value minus the volume-weighted mean of the fine values"}},
      .run = run}};

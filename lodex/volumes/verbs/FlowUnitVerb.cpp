@@ -41,6 +41,10 @@ void run(Call& call)
     const auto method = std::ranges::find(creation_methods, call.text("method")) - creation_methods.begin();
     const double value = call.real("value");
     const long layers = static_cast<long>(grid.model().size[2]);
+    if (layers < 2)
+        call.fail("the grid has one K layer: there is nothing to group");
+    if (method != Kelvane::FlowUnitStatsManager::NumberOfFlowUnits && method < Kelvane::FlowUnitStatsManager::MaximumThreshold && value < 0)
+        call.fail("\"value\" is \"" + call.text("value") + "\"; expected 0 or more", "value");
     if (method == Kelvane::FlowUnitStatsManager::NumberOfFlowUnits &&
         (std::trunc(value) != value || value < 1 || value >= static_cast<double>(layers)))
         call.fail("\"value\" is \"" + call.text("value") + "\"; expected a whole number of units from 1 to " +

@@ -12,9 +12,6 @@
 #include "upscaling/upscalers/UpscalerInfo.h"
 
 #include <Kelvane/upscaling/UpscalerTypes.h>
-#include <Lodex/utils/COSNameList.h>
-#include <Lodex/utils/PathName.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -119,23 +116,13 @@ public:
 
     [[nodiscard]] std::unique_ptr<Lodex::MatchedGrids> match(const ProgressCheck& progress) const
     {
-        const auto* factory = dynamic_cast<const Lodex::CellMapperFactory*>(
-            Lodex::FactoryLib::instance()->find(Lodex::GridObjCellMapperFactoriesDomain(), call_.text("mapper")));
-        if (!factory)
-            call_.fail("there is no mapper \"" + call_.text("mapper") + "\"", "mapper");
-        try {
-            auto matched = factory->create()->match({.fine = &fine_,
-                                                     .coarse = &coarse_,
-                                                     .fine_cells = fine_.active_flags(),
-                                                     .coarse_cells = coarse_cells_,
-                                                     .fault_management = call_.flag("do_fault_management")},
-                                                    progress);
-            for (const std::string& warning : matched->warnings())
-                call_.warn(warning);
-            return matched;
-        } catch (const std::runtime_error& error) {
-            call_.fail(error.what(), "mapper");
-        }
+        return match_grids(call_, "mapper",
+                           {.fine = &fine_,
+                            .coarse = &coarse_,
+                            .fine_cells = fine_.active_flags(),
+                            .coarse_cells = coarse_cells_,
+                            .fault_management = call_.flag("do_fault_management")},
+                           progress);
     }
 
     /// The property's values as the coarse grid shall hold them: the former ones outside the region. `like` gives type, unit
@@ -159,6 +146,8 @@ public:
             for (std::size_t cell = 0; cell < all.size(); ++cell)
                 if (!coarse_cells_[cell])
                     all[cell] = value_or_nan(*former, cell);
+            if (discrete)
+                result.code_names.insert(former->code_names.begin(), former->code_names.end());
         }
         if (auto* codes = std::get_if<std::vector<std::int32_t>>(&result.values)) {
             const auto is_code = [](double value) {
@@ -256,8 +245,11 @@ private:
     /// The replacement when its switch is on. `positive`: it must be above 0; else the method decides.
     std::optional<double> replacement(std::string_view flag, std::string_view keyword, bool positive) const
     {
-        if (!call_.flag(flag))
+        if (!call_.flag(flag)) {
+            if (call_.has(keyword))
+                call_.warn("\"" + std::string(keyword) + "\" is given while \"" + std::string(flag) + "\" is 0: it is not looked at");
             return std::nullopt;
+        }
         if (!call_.has(keyword))
             call_.fail("\"" + std::string(flag) + "\" is 1 and \"" + std::string(keyword) + "\" is missing", flag);
         const double value = call_.real(keyword);
@@ -282,12 +274,6 @@ private:
     std::vector<std::uint8_t> coarse_cells_;
 };
 
-/// Part of the verb's progress; the check that it hands out keeps what it needs.
-ProgressCheck part(const Call& call, double from, double to)
-{
-    return [&call, from, to](double done) { return call.progress(from + (to - from) * done); };
-}
-
 void upscale_average(Call& call, const std::string& family, const std::string& fine_keyword, const std::string& coarse_keyword)
 {
     Upscaling upscaling(call, family);
@@ -304,7 +290,7 @@ void upscale_average(Call& call, const std::string& family, const std::string& f
             weights.emplace_back(*weight, std::span<const std::uint8_t>());
     }
     const bool by_volume = call.flag("weight_using_volume");
-    const auto matched = upscaling.match(part(call, 0, 0.5));
+    const auto matched = upscaling.match(part_of_progress(call, 0, 0.5));
     const Kelvane::AverageRequest request{
         .mapping = matched->mapping(),
         .fine_size = upscaling.fine().model().size,
@@ -318,7 +304,7 @@ void upscale_average(Call& call, const std::string& family, const std::string& f
         .weights = std::move(weights)};
     Kelvane::AverageResult result = [&] {
         try {
-            return Kelvane::upscale_by_average(request, part(call, 0.5, 1));
+            return Kelvane::upscale_by_average(request, part_of_progress(call, 0.5, 1));
         } catch (const std::runtime_error& error) {
             call.fail(error.what(), "weight_property_name");
         }
@@ -398,7 +384,7 @@ void upscale_permeability(Call& call)
                               coarse_keywords[axis]);
     }
     const std::array<int, 3> sampling = read_sampling(call);
-    const auto matched = upscaling.match(part(call, 0, 0.3));
+    const auto matched = upscaling.match(part_of_progress(call, 0, 0.3));
     const Kelvane::PermeabilityRequest request{
         .matched = *matched,
         .fine_size = upscaling.fine().model().size,
@@ -414,7 +400,7 @@ void upscale_permeability(Call& call)
         .options = {.boundary = static_cast<Kelvane::flow::Boundary>(boundary),
                     .solver = call.flag("exact") ? Kelvane::flow::Solver::Exact : Kelvane::flow::Solver::Fast,
                     .tolerance = call.real("tolerance")}};
-    const ProgressCheck progress = part(call, 0.3, 1);
+    const ProgressCheck progress = part_of_progress(call, 0.3, 1);
     Kelvane::PermeabilityResult result = Kelvane::upscale_permeability(request, progress);
 
     std::vector<PropertyData> made;
@@ -435,18 +421,6 @@ std::vector<std::string> method_names(const std::string& family)
     for (const Kelvane::UpscalerInfo* info : Kelvane::upscaler_infos())
         if (std::ranges::find(info->families, family) != info->families.end())
             names.push_back(info->name);
-    return names;
-}
-
-std::vector<std::string> mapper_names()
-{
-    std::vector<std::string> names;
-    for (const Lodex::CString& type : {Lodex::GeoSGridCellMapper::type(), Lodex::MetaSGridCellMapper::type()}) {
-        Lodex::COSNameList paths;
-        Lodex::GridObjCellMapper::mapper_list_names(paths, type);
-        for (const Lodex::CString& path : paths)
-            names.push_back(Lodex::PathName::basename(path).str());
-    }
     return names;
 }
 

@@ -2,6 +2,9 @@
 
 #include "lodex/interpreter/Lists.h"
 
+#include <Lodex/utils/COSNameList.h>
+#include <Lodex/utils/PathName.h>
+
 #include <algorithm>
 #include <set>
 
@@ -69,6 +72,35 @@ const PropertyData& property_of(const Call& call, std::string_view keyword, cons
     if (!property)
         call.fail("there is no property \"" + call.text(keyword) + "\"", keyword);
     return *property;
+}
+
+std::vector<std::string> mapper_names()
+{
+    std::vector<std::string> names;
+    for (const Lodex::CString& type : {Lodex::GeoSGridCellMapper::type(), Lodex::MetaSGridCellMapper::type()}) {
+        Lodex::COSNameList paths;
+        Lodex::GridObjCellMapper::mapper_list_names(paths, type);
+        for (const Lodex::CString& path : paths)
+            names.push_back(Lodex::PathName::basename(path).str());
+    }
+    return names;
+}
+
+std::unique_ptr<Lodex::MatchedGrids> match_grids(Call& call, std::string_view keyword, const Lodex::MappingRequest& request,
+                                                 const ProgressCheck& progress)
+{
+    const auto* factory = dynamic_cast<const Lodex::CellMapperFactory*>(
+        Lodex::FactoryLib::instance()->find(Lodex::GridObjCellMapperFactoriesDomain(), call.text(keyword)));
+    if (!factory)
+        call.fail("there is no mapper \"" + call.text(keyword) + "\"", keyword);
+    try {
+        auto matched = factory->create()->match(request, progress);
+        for (const std::string& warning : matched->warnings())
+            call.warn(warning);
+        return matched;
+    } catch (const std::runtime_error& error) {
+        call.fail(error.what(), keyword);
+    }
 }
 
 } // namespace lodex

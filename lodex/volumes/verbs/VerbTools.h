@@ -4,6 +4,9 @@
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/volumes/model/GridText.h"
 
+#include <Lodex/volumes/GridObjCellMapper.h>
+
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,5 +47,20 @@ void set_property(CornerPointGrid& grid, PropertyData property);
 
 /// The name, or a failure that says that the grid has no such property.
 const PropertyData& property_of(const Call& call, std::string_view keyword, const GridModel& model);
+
+/// Names of the registered cell mappers, in registry order.
+[[nodiscard]] std::vector<std::string> mapper_names();
+
+/// Matches two grids by the mapper that the keyword names and hands its warnings on; what the mapper refuses is a failure
+/// of the statement at the keyword.
+[[nodiscard]] std::unique_ptr<Lodex::MatchedGrids> match_grids(Call& call, std::string_view keyword,
+                                                               const Lodex::MappingRequest& request,
+                                                               const ProgressCheck& progress);
+
+/// Part of the verb's progress as a check of its own, from `from` to `to` of the whole. The call must outlive it.
+[[nodiscard]] inline ProgressCheck part_of_progress(const Call& call, double from, double to)
+{
+    return [&call, from, to](double done) { return call.progress(from + (to - from) * done); };
+}
 
 } // namespace lodex
