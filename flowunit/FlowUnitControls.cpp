@@ -47,12 +47,13 @@ QLabel* add_labelled(QHBoxLayout* row, const QString& text, QWidget* field, int 
 
 void LQFlowUnitWidget::init(bool createMode)
 {
-    create_mode_ = createMode;
     if (table_)
         return;
     auto* box = new QVBoxLayout(this);
     box->setContentsMargins(0, 0, 0, 0);
     buildGridGroup(box);
+    selStraticomboBox_->setEnabled(createMode);
+    newGridLineEdit_->setEnabled(createMode);
     buildNumberRow(box);
     buildTable(box);
     buildTableRow(box);
@@ -226,12 +227,14 @@ void LQFlowUnitWidget::connectPanel(LQFlowUnitPanel* panel)
 
 void LQFlowUnitWidget::numPropertyPanelChanged(int number)
 {
-    resizeTable(number, static_cast<int>(ratio_panels_.size()));
+    if (!putOff([this, number] { numPropertyPanelChanged(number); }))
+        resizeTable(number, static_cast<int>(ratio_panels_.size()));
 }
 
 void LQFlowUnitWidget::numRatioPanelChanged(int number)
 {
-    resizeTable(static_cast<int>(property_panels_.size()), number);
+    if (!putOff([this, number] { numRatioPanelChanged(number); }))
+        resizeTable(static_cast<int>(property_panels_.size()), number);
 }
 
 void LQFlowUnitWidget::resizeTable(int property_panels, int ratio_panels)

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace Kelvane {
 
@@ -94,9 +95,9 @@ int LQFlowUnitWidget::blockColumn(const LQFlowUnitPanel* panel) const
 
 void LQFlowUnitWidget::updateStatistics()
 {
-    if (updating_) // the progress window lets events in
+    if (running_ || !table_)
         return;
-    updating_ = true;
+    running_ = true;
     bool complete = true;
     table_->beginUpdate();
     for (LQFlowUnitPanel* panel : panels()) {
@@ -116,10 +117,24 @@ void LQFlowUnitWidget::updateStatistics()
             panel->mustBeUpdated(panel->mustBeUpdated() || must_update_);
     }
     must_update_ = false;
-    updating_ = false;
     updateStatsPushButton_->setEnabled(!complete);
     updateNumFlowUnit();
+    endRun();
     emit statisticsUpdated();
+}
+
+bool LQFlowUnitWidget::putOff(std::function<void()> action)
+{
+    if (running_)
+        after_run_.push_back(std::move(action));
+    return running_;
+}
+
+void LQFlowUnitWidget::endRun()
+{
+    running_ = false;
+    for (const std::function<void()>& action : std::exchange(after_run_, {}))
+        action();
 }
 
 bool LQFlowUnitWidget::computePanel(LQFlowUnitPanel* panel)

@@ -22,11 +22,32 @@
 #include <QSaveFile>
 #include <QSignalBlocker>
 
+#include <algorithm>
+
 namespace Kelvane {
 
 using Lodex::Format;
 using Lodex::Logger;
 using Lodex::to_cstring;
+
+namespace {
+
+/// Whether both grids have this very activity.
+bool is_recorded(const Lodex::SGrid& fine, const Lodex::SGrid& coarse, const Lodex::GridCoarseningData& coarsening)
+{
+    const auto activities_of = [](const Lodex::SGrid& grid) {
+        const Lodex::SGridActivityModel* model = grid.sgrid_activity_model();
+        return model ? model->activities() : std::vector<Lodex::SGridActivity*>();
+    };
+    const auto of_fine = activities_of(fine);
+    return std::ranges::any_of(activities_of(coarse), [&](Lodex::SGridActivity* activity) {
+        const auto* upgridding = dynamic_cast<const Lodex::SGridUpgriddingActivityData*>(activity);
+        return upgridding && upgridding->coarsening_data().modifications() == coarsening.modifications() &&
+               std::ranges::find(of_fine, activity) != of_fine.end();
+    });
+}
+
+} // namespace
 
 bool LQFlowUnitWidget::checkUpgridding()
 {
@@ -74,7 +95,7 @@ bool LQFlowUnitWidget::checkUpgridding()
             break;
         }
     }
-    return true;
+    return grid_ || fail(to_cstring(tr("No SGrid selected.\n"))); // the progress window lets events in
 }
 
 bool LQFlowUnitWidget::launchUpgriddingProcess(const Lodex::CString& tail)
@@ -111,6 +132,15 @@ void LQFlowUnitWidget::addModifications(Lodex::GridCoarseningData& coarsening) c
     }
 }
 
+bool LQFlowUnitWidget::mayComeFromUnits(const Lodex::SGrid& coarse) const
+{
+    const auto relation = coarse.relation_to(*grid_);
+    return !relation || std::ranges::equal(relation->at(Lodex::UGridIndex3d::K), units(),
+                                           [](const Lodex::IndexRange& range, const Unit& unit) {
+                                               return range.first == unit.first && range.count() == unit.size;
+                                           });
+}
+
 bool LQFlowUnitWidget::saveUpgridding(bool create)
 {
     using Coarsening = Lodex::SGridGridCoarseningModificationActivityData;
@@ -121,8 +151,12 @@ bool LQFlowUnitWidget::saveUpgridding(bool create)
         addModifications(*coarsening);
         auto* coarse = static_cast<Lodex::SGrid*>(
             Lodex::GeobaseLib::instance()->find(to_cstring(name), Lodex::SGrid::static_type_id_()));
-        exists = Lodex::SGridUpgriddingActivityData::create_upgridding_activity(grid_, coarse,
-                                                                                coarsening.release()) != nullptr;
+        // After a command that failed this is an earlier grid of that name: it gets no false record, and none twice.
+        if (grid_ && coarse)
+            exists = is_recorded(*grid_, *coarse, *coarsening);
+        if (!exists && !(grid_ && coarse && !mayComeFromUnits(*coarse)))
+            exists = Lodex::SGridUpgriddingActivityData::create_upgridding_activity(grid_, coarse,
+                                                                                    coarsening.release()) != nullptr;
     } else if (grid_) {
         const Lodex::CString activity_name =
             to_cstring(QStringLiteral("%1_%2_funits").arg(name, QString::number(numFlowUnits())));
@@ -145,13 +179,15 @@ bool LQFlowUnitWidget::saveUpgridding(bool create)
 
 QString LQFlowUnitWidget::upgriddingText() const
 {
+    // Other programs read this file: its words are the same in every language of the windows.
     const QString gap = QStringLiteral("\t \t \t \t");
     QString text;
-    text += tr("Flow Unit Analysis for grid ") + (grid_ ? Lodex::to_qstring(grid_->name()) : QString()) + u'\n';
-    text += tr("Original number of layers:\t") + QString::number(numKLayers()) + u'\n';
-    text += tr("Number of flow units:\t") + QString::number(numFlowUnits()) + QStringLiteral("\n\n");
+    text += QStringLiteral("Flow Unit Analysis for grid ") +
+            (grid_ ? Lodex::to_qstring(grid_->name()) : QString()) + u'\n';
+    text += QStringLiteral("Original number of layers:\t") + QString::number(numKLayers()) + u'\n';
+    text += QStringLiteral("Number of flow units:\t") + QString::number(numFlowUnits()) + QStringLiteral("\n\n");
 
-    text += tr("\tProperty:\t");
+    text += QStringLiteral("\tProperty:\t");
     for (const LQFlowUnitPropertyPanel* panel : property_panels_)
         text += panel->getPropertyName() + gap;
     for (const LQFlowUnitRatioPanel* panel : ratio_panels_)
@@ -159,12 +195,12 @@ QString LQFlowUnitWidget::upgriddingText() const
                 QStringLiteral("\t \t");
     text += u'\n';
 
-    text += tr("\tRegion:\t");
+    text += QStringLiteral("\tRegion:\t");
     for (const LQFlowUnitPanel* panel : panels())
         text += panel->getRegionName() + gap;
     text += u'\n';
 
-    text += tr("\tMethod:\t");
+    text += QStringLiteral("\tMethod:\t");
     for (const LQFlowUnitPanel* panel : panels()) {
         const QString method = panel->averagingMethod();
         const bool power = to_cstring(method) == PowerUpscalerType::type();
@@ -176,15 +212,15 @@ QString LQFlowUnitWidget::upgriddingText() const
             text += u':' + QString::number(static_cast<double>(panel->getPowerValue()));
         text += u'\t';
         if (panel->isVolWeightedChecked())
-            text += tr("cell volume weighted");
+            text += QStringLiteral("cell volume weighted");
         text += QStringLiteral("\t \t \t");
     }
     text += u'\n';
 
-    text += tr("Layer\tFlow Unit\t");
+    text += QStringLiteral("Layer\tFlow Unit\t");
     for (std::size_t n = 0; n < panels().size(); ++n)
-        text += tr("Layer Mean\tFlow Unit mean\t% Difference\tHeterogeneity\t");
-    text += tr("Stratigraphic Unit") + u'\n';
+        text += QStringLiteral("Layer Mean\tFlow Unit mean\t% Difference\tHeterogeneity\t");
+    text += QStringLiteral("Stratigraphic Unit") + u'\n';
     for (int row = 0; row < numKLayers(); ++row) {
         text += QString::number(row + 1) + u'\t';
         for (int column = 0; column < table_->columnCount(); ++column)

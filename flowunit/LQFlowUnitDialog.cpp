@@ -222,8 +222,6 @@ void LQFlowUnitDialog::init(Lodex::ICommandStub* stub)
         return;
 
     flow_unit_panel_->sgridSelectionChanged(grid);
-    selector->setEnabled(false);
-    flow_unit_panel_->newGridField()->setEnabled(false);
     advanced_button_->hide();
     advanced_frame_->hide();
     extension_->hide();

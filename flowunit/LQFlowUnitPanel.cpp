@@ -326,8 +326,10 @@ void LQFlowUnitPanel::guessChanged(const QString&)
 
 Lodex::Property* LQFlowUnitPanel::find_property(const QString& name) const
 {
-    const Lodex::PropertyDB* properties = grid_ ? grid_->property_db() : nullptr;
-    if (!properties || name.isEmpty())
+    if (!grid_ || name.isEmpty()) // a grid that goes has emptied the list, and must not be asked any more
+        return nullptr;
+    const Lodex::PropertyDB* properties = grid_->property_db();
+    if (!properties)
         return nullptr;
     Lodex::Property* property = properties->find(Lodex::COSUri(to_cstring(name)).name());
     return property ? property : properties->find(to_cstring(name)); // a name with a "/" in it

@@ -124,7 +124,8 @@ std::vector<Lodex::LayerInfo*> LQFlowUnitWidget::getStratigraphicUnits(QStringLi
             Logger::fatal(Format(to_cstring(tr("The grid does not have stratigraphic units, you should use the SGrid "
                                                "command Modify Layering (Edit menu) to add them.\n"))));
         } else if (ask(this, tr("The grid does not have stratigraphic units, do you want to add them?")) ==
-                   Answer::Yes) {
+                       Answer::Yes &&
+                   grid_) { // it may have gone meanwhile
             std::ostringstream command = command_stream();
             command << "lodex SGrid " << grid_->name() << " sgrid_fill_layering_info " << '\0';
             Lodex::CommandLib::instance()->cmd_executer()->run_cmd(command, nullptr);
@@ -145,6 +146,8 @@ std::vector<Lodex::LayerInfo*> LQFlowUnitWidget::getStratigraphicUnits(QStringLi
 
 void LQFlowUnitWidget::initTableLayers(bool rebuild)
 {
+    if (putOff([this, rebuild] { initTableLayers(rebuild); }))
+        return;
     QStringList names;
     QList<long> sizes;
     getStratigraphicUnits(names, sizes);
@@ -211,7 +214,8 @@ void LQFlowUnitWidget::sgridSelectionChanged(Lodex::SGrid* grid)
 
 void LQFlowUnitWidget::chooseGrid(Lodex::SGrid* grid)
 {
-    if (!table_)
+    if (!table_ ||
+        putOff([this, name = grid ? to_qstring(grid->name()) : QString()] { sgridSelectionChanged(name); }))
         return;
     grid_ = grid;
     grid_observer_.observe(grid);
@@ -221,6 +225,14 @@ void LQFlowUnitWidget::chooseGrid(Lodex::SGrid* grid)
         panel->changeSGrid(grid);
     initTableLayers(true);
     updateNumLayers();
+}
+
+void LQFlowUnitWidget::gridGone()
+{
+    grid_ = nullptr;
+    for (LQFlowUnitPanel* panel : panels())
+        panel->changeSGrid(nullptr);
+    chooseGrid(nullptr);
 }
 
 bool LQFlowUnitWidget::startsUnit(int row) const
@@ -235,9 +247,10 @@ bool LQFlowUnitWidget::canInsert(int row) const
 
 bool LQFlowUnitWidget::canMerge(int row) const
 {
+    if (row <= 0 || row >= numKLayers() || !startsUnit(row))
+        return false;
     const int last_column = table_->columnCount() - 1;
-    return row > 0 && row < numKLayers() && startsUnit(row) &&
-           table_->cellText(row - 1, last_column) == table_->cellText(row, last_column);
+    return table_->cellText(row - 1, last_column) == table_->cellText(row, last_column);
 }
 
 void LQFlowUnitWidget::tableSelectionChanged(int row, int)
@@ -263,20 +276,22 @@ void LQFlowUnitWidget::shiftUnits(int row, int change)
 
 void LQFlowUnitWidget::addFlowUnit()
 {
-    const int row = table_->currentRow();
-    if (canInsert(row))
+    const int row = table_ ? table_->currentRow() : -1;
+    if (canInsert(row) && !putOff([this] { addFlowUnit(); }))
         shiftUnits(row, 1);
 }
 
 void LQFlowUnitWidget::mergeFlowUnit()
 {
-    const int row = table_->currentRow();
-    if (canMerge(row))
+    const int row = table_ ? table_->currentRow() : -1;
+    if (canMerge(row) && !putOff([this] { mergeFlowUnit(); }))
         shiftUnits(row, -1);
 }
 
 void LQFlowUnitWidget::setFlowUnit(const Lodex::List<int>& units)
 {
+    if (putOff([this, units] { setFlowUnit(units); }))
+        return;
     Lodex::List<int> numbers = getFlowUnitsList();
     for (int row = 0; row < std::min(units.count(), numbers.count()); ++row)
         numbers[row] = units[row];
@@ -319,6 +334,8 @@ void LQFlowUnitWidget::resetFlowUnit()
 
 void LQFlowUnitWidget::guessFlowUnit(int panelNumber, bool isRatio)
 {
+    if (running_)
+        return;
     const Answer answer = ask_or_cancel(this, tr("Do you want to reset the flow unit definitions before proceeding?\n "
                                                  "Otherwise, the calculation will start from the current flow units."));
     if (answer == Answer::Cancel)
@@ -326,12 +343,13 @@ void LQFlowUnitWidget::guessFlowUnit(int panelNumber, bool isRatio)
     if (answer == Answer::Yes)
         initTableLayers(false);
 
-    LQFlowUnitPanel* panel = isRatio ? getRatioPanel(panelNumber) : getPropertyPanel(panelNumber);
-    if (!panel)
-        return;
-    if (must_update_ || panel->mustBeUpdated())
+    const auto find = [&] { return isRatio ? getRatioPanel(panelNumber) : getPropertyPanel(panelNumber); };
+    LQFlowUnitPanel* panel = find();
+    if (panel && (must_update_ || panel->mustBeUpdated())) {
         updateStatistics();
-    FlowUnitStatsManager* manager = panel->get_manager();
+        panel = find(); // may have been taken away meanwhile
+    }
+    FlowUnitStatsManager* manager = panel ? panel->get_manager() : nullptr;
     if (!manager)
         return;
 
@@ -353,10 +371,15 @@ void LQFlowUnitWidget::guessFlowUnit(int panelNumber, bool isRatio)
     if (panel->mustBeUpdated())
         return;
     Lodex::List<int> list;
-    if (!manager->compute_units_from_threshold(value, method, list))
+    running_ = true;
+    const bool made = manager->compute_units_from_threshold(value, method, list) && after_run_.empty();
+    endRun();
+    if (!made)
         return;
     setFlowUnit(list);
-    panel->setGuess(false); // a reset has enabled it again
+    panel = find();
+    if (panel)
+        panel->setGuess(false); // a reset has enabled it again
 }
 
 void LQFlowUnitWidget::updateNumFlowUnit()

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -48,8 +49,8 @@ public:
     explicit LQFlowUnitWidget(QWidget* parent = nullptr);
     ~LQFlowUnitWidget() override;
 
-    /// Builds the controls; a second call does nothing. In create mode a new grid is made, else a coarsening of the
-    /// grid is recorded.
+    /// Builds the controls; a second call does nothing. Only in create mode, where a new grid is made, can the user
+    /// choose the grid and name the new one; else a coarsening of the given grid is recorded.
     void init(bool createMode);
 
     [[nodiscard]] Lodex::LQGObjSelector* gridSelector() const { return selStraticomboBox_; }
@@ -80,7 +81,7 @@ public:
     /// Background of a table cell; invalid for a plainly painted one.
     [[nodiscard]] QColor getCellColor(int row, int column) const;
 
-    /// The analysis as tab-separated text.
+    /// The analysis as tab-separated text, the same in every language.
     [[nodiscard]] QString upgriddingText() const;
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -135,11 +136,16 @@ private:
         int first; ///< row
         int size;
     };
-    /// Marks the statistics as outdated when the grid changes.
+    /// Marks the statistics as outdated when the grid changes and lets go of a grid that goes.
     class GridObserver : public Lodex::GObjObserver {
     public:
         explicit GridObserver(LQFlowUnitWidget* widget) : widget_(widget) {}
         void update(Lodex::Component*) override { widget_->statisticsOutdated(); }
+        void disconnect(Lodex::Component* component) override
+        {
+            GObjObserver::disconnect(component);
+            widget_->gridGone();
+        }
 
     private:
         LQFlowUnitWidget* widget_;
@@ -160,6 +166,7 @@ private:
     void keepNumbersLegible();
 
     void chooseGrid(Lodex::SGrid* grid);
+    void gridGone();
     void initTableLayers(bool rebuild);
     [[nodiscard]] std::vector<Unit> units() const;
     [[nodiscard]] bool startsUnit(int row) const;
@@ -170,6 +177,10 @@ private:
     void statisticsOutdated();
     void flowUnitsChanged();
 
+    // A run lets events in; what would take its table or its panels away waits for its end.
+    [[nodiscard]] bool putOff(std::function<void()> action);
+    void endRun();
+
     // statistics
     [[nodiscard]] std::vector<LQFlowUnitPanel*> panels() const;
     [[nodiscard]] int blockColumn(const LQFlowUnitPanel* panel) const;
@@ -179,8 +190,9 @@ private:
     [[nodiscard]] static QColor getDeltaColor(const LQFlowUnitPanel& panel, float value);
 
     void addModifications(Lodex::GridCoarseningData& coarsening) const;
+    /// False when the K layers of `coarse` are known to come from others than the rows of the flow units.
+    [[nodiscard]] bool mayComeFromUnits(const Lodex::SGrid& coarse) const;
 
-    bool create_mode_ = true;
     Lodex::SGrid* grid_ = nullptr;
     GridObserver grid_observer_{this};
     QString new_grid_name_;
@@ -189,7 +201,8 @@ private:
     std::vector<int> stratigraphic_numbers_;
     QList<LQFlowUnitPropertyPanel*> property_panels_;
     QList<LQFlowUnitRatioPanel*> ratio_panels_;
-    bool updating_ = false;
+    bool running_ = false; ///< statistics or flow units are being worked out
+    std::vector<std::function<void()>> after_run_;
 
     Lodex::LQGObjSelector* selStraticomboBox_ = nullptr;
     QLineEdit* newGridLineEdit_ = nullptr;

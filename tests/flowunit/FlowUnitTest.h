@@ -11,6 +11,7 @@
 
 #include <Lodex/qtools/LQMultiComboBox.h>
 #include <Lodex/utils/PluginManager.h>
+#include <Lodex/utils/ProgressTracer.h>
 #include <Lodex/xtools/LQObjectSelectors.h>
 #include <Lodex/xtools/XMQShell.h>
 
@@ -25,8 +26,10 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 using Texts = std::vector<std::string>;
@@ -57,6 +60,8 @@ public:
         QString default_button;
     };
     std::vector<Box> boxes;
+    /// Called while the next box is open, before it is answered.
+    std::function<void()> meanwhile;
 
 private:
     void look()
@@ -69,6 +74,8 @@ private:
             seen.buttons.append(button->text());
         seen.buttons.sort(); // their order on the screen is the desktop's business
         boxes.push_back(seen);
+        if (meanwhile)
+            std::exchange(meanwhile, {})();
         const QString name = buttons_.empty() ? QString() : QString(buttons_.front());
         EXPECT_FALSE(buttons_.empty()) << "a question that was not expected: " << box->text().toStdString();
         if (!buttons_.empty())
@@ -80,6 +87,29 @@ private:
     }
     QTimer timer_;
     std::vector<const char*> buttons_;
+};
+
+/// Does something once while a run shows this progress, as an event could; stops nothing.
+struct DuringRun : Lodex::ProgressSink {
+    DuringRun(std::string at, std::function<void()> what)
+        : title(std::move(at)), action(std::move(what)), former(Lodex::ProgressTracer::set_sink(this))
+    {
+    }
+    ~DuringRun() override { Lodex::ProgressTracer::set_sink(former); }
+    void begin(const Lodex::CString& text) override { titles.push_back(text.str()); }
+    bool progress(double) override
+    {
+        if (action && titles.back() == title)
+            std::exchange(action, {})();
+        return true;
+    }
+    void end() override {}
+    [[nodiscard]] long runs() const { return std::ranges::count(titles, title); }
+
+    std::string title;
+    std::function<void()> action;
+    Lodex::ProgressSink* former;
+    Texts titles;
 };
 
 /// A flow unit dialog in its shell, on grids of the catalogue.

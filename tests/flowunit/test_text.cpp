@@ -65,10 +65,9 @@ TEST_F(FlowUnitText, ByteByByte)
                               "\tRegion:\teverywhere" + gap + "R" + gap + "everywhere" + gap + "\n";
     const std::string names = "Layer Mean\tFlow Unit mean\t% Difference\tHeterogeneity\t";
     const std::string head = "Layer\tFlow Unit\t" + names + names + names + "Stratigraphic Unit\n";
-    const std::string rows = "1\t1\t10\t15\t-33.333\t0\t2\t2\t0\t0\t5\t" + cell(0, 10).toStdString() + "\t" + cell(0, 11).toStdString() +
-                             "\t0\tA\t\n"
-                             "2\t1\t20\t15\t33.333\t0\t2\t2\t0\t0\t10\t" + cell(1, 10).toStdString() + "\t" + cell(1, 11).toStdString() +
-                             "\t0\tA\t\n"
+    // Ratios 5 and 10: ((sqrt 5 + sqrt 10) / 2)^2 = 7.28553.
+    const std::string rows = "1\t1\t10\t15\t-33.333\t0\t2\t2\t0\t0\t5\t7.2855\t-31.371\t0\tA\t\n"
+                             "2\t1\t20\t15\t33.333\t0\t2\t2\t0\t0\t10\t7.2855\t37.258\t0\tA\t\n"
                              "3\t2\t30\t30\t0\t0\t2\t2\t0\t0\t15\t15\t0\t0\tB\t\n";
     EXPECT_EQ(widget->upgriddingText().toStdString(),
               start + "\tMethod:\tArithmetic\tcell volume weighted\t \t \tMedian\t\t \t \tPower:0.5\tcell volume weighted\t \t \t\n" +

@@ -9,7 +9,9 @@
 
 #include <tbb/global_control.h>
 
+#include <functional>
 #include <random>
+#include <utility>
 
 using namespace reference;
 
@@ -155,6 +157,91 @@ TEST_F(BruteForce, ChangesOfTheGridAreNoticed)
     grid = random_grid({5, 5, 6}, 9);
     ASSERT_TRUE(manager->execute(grid, units, 0, "Median", "everywhere", false, 1, -1));
     expect_same(*manager, statistics(*grid, units, 0, "Median", everywhere, false, 1, -1), "new grid");
+}
+
+TEST_F(BruteForce, ChangesThatMeanNothingToTheStatisticsKeepThem)
+{
+    auto* grid = random_grid({12, 9, 30}, 21);
+    auto* other = random_grid({2, 2, 2}, 22);
+    std::mt19937 random(10);
+    const auto inside = [&](std::size_t cell) { return grid->model().regions[0].flags[cell] != 0; };
+    for (const std::string& method : {std::string("Arithmetic"), std::string("Median")}) {
+        Progress progress;
+        const auto runs_after = [&](const std::function<void(lodex::GridModel&)>& change) {
+            grid->change(change);
+            const Lodex::List<int> units = random_units(30, random);
+            EXPECT_TRUE(manager->execute(grid, units, 0, method, "A", true, 1, 5));
+            const bool weighted = takes_weights(method);
+            expect_same(*manager, statistics(*grid, units, 0, method, inside, weighted, 1, 5), method);
+            return std::exchange(progress.runs, 0);
+        };
+        EXPECT_EQ(runs_after([](lodex::GridModel&) {}), 1) << "the first run";
+        EXPECT_EQ(runs_after([](lodex::GridModel&) {}), 0);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { model.layers = {{"U", 10}, {"V", 20}}; }), 0);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { model.properties.push_back(lodex::constant_property(model, "MORE", 1)); }), 0);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { model.properties.pop_back(); }), 0);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { model.regions[1].flags.assign(model.regions[1].flags.size(), 1); }), 0)
+            << "another region";
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { // the same numbers at another place
+                      auto copy = model.properties;
+                      model.properties = std::move(copy);
+                  }),
+                  0);
+
+        // What they are made of, in place.
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { std::get<std::vector<float>>(model.properties[0].values).back() += 1; }), 1);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { std::get<std::vector<float>>(model.properties[5].values).front() += 1; }), 1);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { model.regions[0].flags[77] ^= 1; }), 1);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { model.properties[5].no_data = 4; }), 1);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) { model.properties[5].no_data.reset(); }), 1);
+        EXPECT_EQ(runs_after([](lodex::GridModel& model) {
+                      auto& values = std::get<std::vector<float>>(model.properties[0].values);
+                      std::swap(values[100], values[164]);
+                      std::swap(values[0], values[8]);
+                  }),
+                  1);
+        other->notify();
+        EXPECT_EQ(runs_after([](lodex::GridModel&) {}), 0);
+    }
+}
+
+TEST_F(BruteForce, AGridThatChangesOrGoesStopsTheRun)
+{
+    struct Meanwhile : Progress {
+        bool progress(double done) override
+        {
+            if (action)
+                std::exchange(action, {})();
+            return Progress::progress(done);
+        }
+        std::function<void()> action;
+    };
+    auto* grid = random_grid({6, 5, 20}, 30);
+    std::mt19937 random(11);
+    const Lodex::List<int> units = random_units(20, random);
+    for (const int property : {0, 1}) {
+        Meanwhile sink;
+        sink.action = [&] {
+            grid->change([](lodex::GridModel& model) {
+                for (auto& data : model.properties)
+                    data.values = std::vector<float>(data.size(), 4.0F); // the former arrays are gone
+            });
+        };
+        EXPECT_FALSE(manager->execute(grid, units, property, "Median", "A", true, 1, -1));
+        EXPECT_TRUE(manager->cancelled());
+        ASSERT_TRUE(manager->execute(grid, units, property, "Median", "A", true, 1, -1));
+        EXPECT_EQ(std::ranges::count_if(manager->getUnitAvrgList(), [](float mean) { return mean == 4 || std::isnan(mean); }), 20);
+    }
+    {
+        Lodex::List<int> made;
+        Meanwhile sink;
+        sink.action = [&] { grid->notify(); };
+        EXPECT_FALSE(manager->compute_units_from_threshold(1, Kelvane::FlowUnitStatsManager::DeviationFromMean, made));
+    }
+    Meanwhile sink;
+    sink.action = [&] { Lodex::GeobaseLib::instance()->destroy(grid); };
+    EXPECT_FALSE(manager->execute(grid, units, 0, "Arithmetic", "A", true, 1, -1));
+    EXPECT_TRUE(manager->cancelled());
 }
 
 TEST_F(BruteForce, AStopLeavesTheFormerResults)
