@@ -240,6 +240,15 @@ Lodex::List<QString> LQSGWholeGridDialog::chain_names(int commands) const
     return names;
 }
 
+bool LQSGWholeGridDialog::any_taken(const Lodex::List<QString>& names)
+{
+    for (int i = 1; i < names.count(); ++i) {
+        if (find_sgrid(names[i]))
+            return true;
+    }
+    return false;
+}
+
 bool LQSGWholeGridDialog::run_chain(const std::vector<int>& enabled, const Lodex::List<QString>& names)
 {
     std::ostringstream options = command_stream();
@@ -284,15 +293,16 @@ bool LQSGWholeGridDialog::process()
     const auto held = hold();
     const QString name = new_grid_name();
     const Lodex::List<QString> names = chain_names(static_cast<int>(enabled.size()));
-    const Lodex::SGrid* former = find_sgrid(name);
+    const bool taken = any_taken(names);
     const bool complete = run_chain(enabled, names);
     clean(names);
     if (!complete)
         return false;
 
-    // A grid that bore the name before did not come from these commands: nothing may be recorded of it.
+    // The host makes no grid under a taken name: what bears it, or was made from it, did not come from these commands
+    // alone, and nothing may be recorded of it.
     Lodex::SGrid* made = find_sgrid(name);
-    if (made && made != former && register_activity(made)) {
+    if (made && !taken && register_activity(made)) {
         setNewGridName(name);
         return true;
     }

@@ -89,6 +89,8 @@ private:
 
     /// Source grid, temporaries, new grid: one more than there are commands.
     [[nodiscard]] Lodex::List<QString> chain_names(int commands) const;
+    /// Whether there is a grid already of any name that the chain is to make.
+    [[nodiscard]] static bool any_taken(const Lodex::List<QString>& names);
     /// Sends the commands of these axes. False when an axis is refused in its turn; those before it have run.
     [[nodiscard]] bool run_chain(const std::vector<int>& enabled, const Lodex::List<QString>& names);
 

@@ -245,6 +245,29 @@ TEST_F(SubdivideAxisTable, AFreshTab)
     EXPECT_TRUE(manager->table()->cellWidget(0, 6)->findChild<QPushButton*>("remove_button"));
 }
 
+TEST_F(SubdivideAxisTable, FromTopToBottom)
+{
+    build("Axis K");
+    const auto* outer = static_cast<QVBoxLayout*>(parent.layout());
+    ASSERT_EQ(outer->count(), 1);
+    const auto* layout = qobject_cast<QVBoxLayout*>(outer->itemAt(0)->layout());
+    ASSERT_TRUE(layout);
+    EXPECT_EQ(layout->spacing(), 4);
+    ASSERT_EQ(layout->count(), 4);
+    auto* frame = find<QFrame>("sections_frame_");
+    EXPECT_EQ(layout->itemAt(0)->widget(), enable_box());
+    EXPECT_EQ(layout->itemAt(1)->widget(), frame);
+    const auto* isochore_row = qobject_cast<QHBoxLayout*>(layout->itemAt(2)->layout());
+    const auto* percent_row = qobject_cast<QHBoxLayout*>(layout->itemAt(3)->layout());
+    ASSERT_TRUE(isochore_row && percent_row);
+    EXPECT_EQ(isochore_row->itemAt(0)->widget(), find<QCheckBox>("isochore_box_"));
+    EXPECT_EQ(percent_row->itemAt(0)->widget(), find<QCheckBox>("percent_box_"));
+    EXPECT_EQ(frame->layout()->contentsMargins(), QMargins(4, 4, 4, 4));
+    ASSERT_EQ(frame->layout()->count(), 2);
+    EXPECT_EQ(frame->layout()->itemAt(0)->widget(), find<QLabel>("sections_heading_"));
+    EXPECT_EQ(frame->layout()->itemAt(1)->widget(), manager->table());
+}
+
 TEST_F(SubdivideAxisTable, AnyOtherNameGetsTheWordsOfTheLayersButNoIsochore)
 {
     build("Axis L");

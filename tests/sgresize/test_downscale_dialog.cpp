@@ -272,6 +272,60 @@ TEST_F(DownscaleDialog, LayersProposeAlongK)
     EXPECT_EQ(row(TabI).thickness()->text(), "");
 }
 
+TEST_F(DownscaleDialog, TextsAreTranslatedButNotCommands)
+{
+    MarkingTranslator translator;
+    QCoreApplication::installTranslator(&translator);
+    open();
+    EXPECT_EQ(shell->title(), "<Create SGrid for Downscaling>");
+    EXPECT_EQ(on_page<QCheckBox>(TabI, "enable_box_")->text(), "<Enabled/Disabled><Axis I>");
+    EXPECT_EQ(on_page<QCheckBox>(TabI, "enable_box_")->toolTip(), "<Enabled/Disabled><Axis I>< as subdivided axis>");
+    EXPECT_EQ(table(TabJ)->horizontalHeaderItem(4)->text(), "<Width>");
+    EXPECT_EQ(table(TabK)->horizontalHeaderItem(3)->text(), "<Stratigraphy>");
+    EXPECT_TRUE(on_page<QCheckBox>(TabK, "isochore_box_"));
+    name("New");
+    press("apply_button");
+    EXPECT_EQ(fatal(), Texts{"<Please specify at least one axis!\n>"});
+    tick(TabK);
+    row(TabK).set_division(1, 1, 2, 2, "1");
+    EXPECT_EQ(row(TabK).strati()->currentText(), "<Parallel to Top>");
+    press("apply_button");
+    EXPECT_EQ(sent(), Texts{subdivide + "New sgrid G direction \"vertical\" sections 0+1+parallel_to_top+1  "
+                                        "copy_properties 1 properties all_properties copy_fb_regions 1 copy_regions 1 "
+                                        "regions all_regions copy_style 1 vertical_cell_thickness 0 "
+                                        "percent_cell_thickness 0 model_info 0"});
+    name("New");
+    press("apply_button");
+    QCoreApplication::removeTranslator(&translator);
+    EXPECT_EQ(errors().back(), "<Could not create Downgridding activity\n>");
+}
+
+TEST_F(DownscaleDialog, ASourceThatGoesIsLetGo)
+{
+    set_layers(lodex::find_grid("G"), {2, 4});
+    open();
+    name("New");
+    tick(TabK);
+    tick("paint_check_box_");
+    row(TabK).from()->setValue(3);
+    lodex::Interpreter::instance().run("lodex destroy objects G");
+    EXPECT_EQ(dialog->get_sgrid(), nullptr);
+    sent();
+    messages.clear();
+    row(TabK).amount()->setValue(5);
+    EXPECT_EQ(warnings(), Texts{"Please provide a sgrid for painting the sections on\n"});
+    EXPECT_EQ(counts("cells_"), (Counts{4, 5, 6, 120})); // the last ones that were true
+    add_row(TabK);
+    tick(TabI);
+    press("apply_button");
+    EXPECT_EQ(fatal(), Texts{"Please provide a sgrid to based the computation on\n"});
+    press("cancel_button");
+    run_deferred_deletes();
+    EXPECT_TRUE(shell.isNull());
+    EXPECT_TRUE(dialog.isNull());
+    EXPECT_EQ(sent(), Texts{});
+}
+
 TEST_F(DownscaleDialog, Help)
 {
     open();

@@ -87,6 +87,32 @@ TEST_F(SubdivideDialog, TextsAndDefaults)
     EXPECT_EQ(tips, QStringList{tip});
 }
 
+TEST_F(SubdivideDialog, FromTopToBottom)
+{
+    open();
+    QCoreApplication::processEvents();
+    const auto place = [this](const char* name) {
+        const auto* widget = find<QWidget>(name);
+        return widget ? widget->mapTo(shell->widget(), widget->rect().center()) : QPoint(-1, -1);
+    };
+    int last = 0;
+    for (const char* name : {"new_grid_name_", "gridSelector_", "direction_", "paint_check_box_", "sections_header",
+                             "sections_caption", "scrollview", "ok_button"}) {
+        EXPECT_GT(place(name).y(), last) << name;
+        last = place(name).y();
+    }
+    last = place("direction_").x();
+    for (const char* name : {"copy_properties_", "copy_regions_", "isochore_"}) {
+        EXPECT_GT(place(name).x(), last) << name;
+        last = place(name).x();
+    }
+    last = 0;
+    for (const char* name : {"ok_button", "apply_button", "cancel_button", "help_button"}) {
+        EXPECT_GT(place(name).x(), last) << name;
+        last = place(name).x();
+    }
+}
+
 TEST_F(SubdivideDialog, EveryWidgetAPersonCanTouchHasAName)
 {
     open();
