@@ -21,7 +21,7 @@ namespace {
 constexpr std::int64_t cells_per_block = 64;
 /// Fine values that a thread holds at once where the mapping has boxes: what fits into its cache. One coarse cell may have
 /// more.
-constexpr std::int64_t values_at_once = 1 << 13;
+constexpr std::int64_t values_at_once = 1 << 16;
 
 /// Values and weights of the fine cells of one or several coarse cells, cell after cell.
 class Gathered {

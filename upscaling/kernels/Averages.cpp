@@ -1,6 +1,7 @@
 #include "Averages.h"
 
 #include "Summation.h"
+#include "VectorClones.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,9 +29,86 @@ template <class Term> double sum_of(std::size_t count, const Term& term)
     return sum.value();
 }
 
+constexpr std::size_t lanes = 8;
+constexpr std::size_t run_length = 256;
+
+/// The lanes' sums, always added in the same order, whatever the instruction set.
+double added(const double (&lane)[lanes])
+{
+    return ((lane[0] + lane[1]) + (lane[2] + lane[3])) + ((lane[4] + lane[5]) + (lane[6] + lane[7]));
+}
+
+KELVANE_VECTOR_CLONES double sum_of_run(const double* values, std::size_t count)
+{
+    double lane[lanes] = {};
+    std::size_t n = 0;
+    for (; n + lanes <= count; n += lanes)
+        for (std::size_t l = 0; l < lanes; ++l)
+            lane[l] += values[n + l];
+    for (; n < count; ++n)
+        lane[n % lanes] += values[n];
+    return added(lane);
+}
+
+KELVANE_VECTOR_CLONES double product_of_run(const double* values, const double* weights, std::size_t count)
+{
+    double lane[lanes] = {};
+    std::size_t n = 0;
+    for (; n + lanes <= count; n += lanes)
+        for (std::size_t l = 0; l < lanes; ++l)
+            lane[l] += values[n + l] * weights[n + l];
+    for (; n < count; ++n)
+        lane[n % lanes] += values[n] * weights[n];
+    return added(lane);
+}
+
+KELVANE_VECTOR_CLONES double least_of(const double* values, std::size_t count)
+{
+    double lane[lanes];
+    for (double& least : lane)
+        least = values[0];
+    std::size_t n = 0;
+    for (; n + lanes <= count; n += lanes)
+        for (std::size_t l = 0; l < lanes; ++l)
+            lane[l] = values[n + l] < lane[l] ? values[n + l] : lane[l];
+    for (; n < count; ++n)
+        lane[0] = values[n] < lane[0] ? values[n] : lane[0];
+    return *std::ranges::min_element(lane);
+}
+
+KELVANE_VECTOR_CLONES double largest_of(const double* values, std::size_t count)
+{
+    double lane[lanes];
+    for (double& most : lane)
+        most = values[0];
+    std::size_t n = 0;
+    for (; n + lanes <= count; n += lanes)
+        for (std::size_t l = 0; l < lanes; ++l)
+            lane[l] = values[n + l] > lane[l] ? values[n + l] : lane[l];
+    for (; n < count; ++n)
+        lane[0] = values[n] > lane[0] ? values[n] : lane[0];
+    return *std::ranges::max_element(lane);
+}
+
+double sum(std::span<const double> values)
+{
+    CompensatedSum all;
+    for (std::size_t first = 0; first < values.size(); first += run_length)
+        all.add(sum_of_run(values.data() + first, std::min(run_length, values.size() - first)));
+    return all.value();
+}
+
+double product_sum(std::span<const double> values, std::span<const double> weights)
+{
+    CompensatedSum all;
+    for (std::size_t first = 0; first < values.size(); first += run_length)
+        all.add(product_of_run(values.data() + first, weights.data() + first, std::min(run_length, values.size() - first)));
+    return all.value();
+}
+
 double weight_sum(std::size_t count, std::span<const double> weights)
 {
-    return weights.empty() ? static_cast<double>(count) : sum_of(count, [&](std::size_t n) { return weights[n]; });
+    return weights.empty() ? static_cast<double>(count) : sum(weights);
 }
 
 double largest(std::span<const double> numbers)
@@ -51,7 +129,7 @@ double arithmetic(std::span<const double> values, std::span<const double> weight
         return sum_of(values.size(), [&](std::size_t n) { return values[n] * value_scale * (weights[n] * weight_scale); }) /
                sum_of(values.size(), [&](std::size_t n) { return weights[n] * weight_scale; });
     };
-    const double plain = quotient(1, 1);
+    const double plain = weights.empty() ? sum(values) / static_cast<double>(values.size()) : product_sum(values, weights) / sum(weights);
     if (std::isfinite(plain))
         return plain;
     const double value = largest(values), weight = weights.empty() ? 1 : largest(weights);
@@ -173,11 +251,6 @@ double dykstra_parsons(std::span<double> values)
     return (middle - exceeded_by(0.841)) / middle;
 }
 
-double sum(std::span<const double> values)
-{
-    return sum_of(values.size(), [&](std::size_t n) { return values[n]; });
-}
-
 } // namespace
 
 AverageRules rules_of(Average method, double power)
@@ -216,8 +289,8 @@ double average(Average method, double power, std::span<double> values, std::span
         return power_mean(log_moments(values, weights, p), weight_sum(values.size(), weights), p);
     }
     case Average::Sum: return sum(values);
-    case Average::Minimum: return *std::ranges::min_element(values);
-    case Average::Maximum: return *std::ranges::max_element(values);
+    case Average::Minimum: return least_of(values.data(), values.size());
+    case Average::Maximum: return largest_of(values.data(), values.size());
     case Average::Median: return median(values);
     case Average::MostProbable: return most_probable(values);
     case Average::Number: return static_cast<double>(values.size());
@@ -246,7 +319,7 @@ void PartialAverage::set(std::span<double> values, std::span<const double> weigh
     switch (method_) {
     case Average::Arithmetic:
         weight_ = weight_sum(values.size(), weights);
-        sum_ = weights.empty() ? sum(values) : sum_of(values.size(), [&](std::size_t n) { return weights[n] * values[n]; });
+        sum_ = weights.empty() ? sum(values) : product_sum(values, weights);
         break;
     case Average::Harmonic:
         weight_ = weight_sum(values.size(), weights);
