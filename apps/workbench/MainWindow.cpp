@@ -2,6 +2,7 @@
 
 #include "ConsoleEdit.h"
 #include "DisplayPanel.h"
+#include "FlowUnitProfile.h"
 #include "ItemDetails.h"
 #include "JournalView.h"
 #include "LogPanel.h"
@@ -364,6 +365,8 @@ QWidget* MainWindow::open_dialog(const QString& id)
     const auto [window, fresh] = opener->open(stub, name);
     if (fresh && window)
         place_beside_view(*window);
+    if (window)
+        FlowUnitProfile::show_beside(*window); // comes back when it was closed on its own
     return window;
 }
 
