@@ -42,6 +42,8 @@ function(project_test NAME)
   file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
   add_executable(${NAME} ${SOURCES})
   target_link_libraries(${NAME} PRIVATE project_warnings test_support ${ARG_LINK})
+  # What is tested is optimised, the tests themselves need not be: they compile a third faster.
+  target_compile_options(${NAME} PRIVATE $<$<CONFIG:Release>:-O1>)
   if(ARG_QT)
     set_target_properties(${NAME} PROPERTIES AUTOMOC ON)
     target_link_libraries(${NAME} PRIVATE qt_test_main)
