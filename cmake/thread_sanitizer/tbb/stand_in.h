@@ -179,6 +179,10 @@ private:
 };
 
 namespace this_task_arena {
+inline int max_concurrency()
+{
+    return static_cast<int>(stand_in::most_threads().load());
+}
 template <class Work> auto isolate(const Work& work)
 {
     return work();
