@@ -1,5 +1,7 @@
 #include "PermeabilityUpscaling.h"
 
+#include "MappingCells.h"
+
 #include "upscaling/kernels/ParallelBlocks.h"
 #include "upscaling/upscalers/AverageUpscaler.h"
 #include "upscaling/upscalers/LocalUpscaler.h"
@@ -44,24 +46,7 @@ public:
             }
         };
         ++stamp_;
-        const auto at = static_cast<std::size_t>(coarse_cell);
-        if (!mapping_.has_boxes()) {
-            for (auto n = mapping_.offsets[at]; n < mapping_.offsets[at + 1]; ++n)
-                meet(mapping_.cells[static_cast<std::size_t>(n)]);
-            return distinct;
-        }
-        if (!mapping_.coarse_flags[at])
-            return distinct;
-        const auto range = [&](std::size_t axis, std::int64_t index) { return mapping_.boxes[axis][static_cast<std::size_t>(index)]; };
-        const Lodex::IndexRange i = range(0, coarse_cell % coarse_[0]), j = range(1, coarse_cell / coarse_[0] % coarse_[1]),
-                                k = range(2, coarse_cell / (coarse_[0] * coarse_[1]));
-        for (std::int64_t layer = k.first; layer <= k.last; ++layer)
-            for (std::int64_t row = j.first; row <= j.last; ++row)
-                for (std::int64_t column = i.first; column <= i.last; ++column) {
-                    const std::int64_t cell = column + fine_[0] * (row + fine_[1] * layer);
-                    if (mapping_.fine_flags[static_cast<std::size_t>(cell)])
-                        meet(cell);
-                }
+        for_fine_cells(mapping_, fine_, coarse_, coarse_cell, meet);
         return distinct;
     }
 

@@ -3,6 +3,7 @@
 #include "lodex/volumes/model/ParallelBlocks.h"
 #include "lodex/volumes/model/PropertyTools.h"
 #include "lodex/volumes/model/Summation.h"
+#include "upscaling/MappingCells.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,29 +15,6 @@ namespace lodex {
 namespace {
 
 constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
-
-/// Calls f(cell) for the fine cells of a coarse cell.
-template <class F>
-void for_members(const Lodex::CellMapping& mapping, const GridSize& fine, const GridSize& coarse, std::int64_t cell, const F& f)
-{
-    if (!mapping.has_boxes()) {
-        const auto at = static_cast<std::size_t>(cell);
-        for (std::int64_t n = mapping.offsets[at]; n < mapping.offsets[at + 1]; ++n)
-            f(mapping.cells[static_cast<std::size_t>(n)]);
-        return;
-    }
-    if (!mapping.coarse_flags[static_cast<std::size_t>(cell)])
-        return;
-    const auto range = [&](std::size_t axis, std::int64_t index) { return mapping.boxes[axis][static_cast<std::size_t>(index)]; };
-    const IndexRange i = range(0, cell % coarse[0]), j = range(1, cell / coarse[0] % coarse[1]), k = range(2, cell / (coarse[0] * coarse[1]));
-    for (std::int64_t layer = k.first; layer <= k.last; ++layer)
-        for (std::int64_t row = j.first; row <= j.last; ++row)
-            for (std::int64_t column = i.first; column <= i.last; ++column) {
-                const std::int64_t member = column + fine[0] * (row + fine[1] * layer);
-                if (mapping.fine_flags[static_cast<std::size_t>(member)])
-                    f(member);
-            }
-}
 
 } // namespace
 
@@ -94,7 +72,7 @@ PropertyComparison compare_properties(const CornerPointGrid& fine, const Propert
     for_blocks((cells + block_length - 1) / block_length, partial_progress(progress, 0, 0.6), [&](std::int64_t block) {
         for (std::int64_t cell = block * block_length; cell < std::min(cells, (block + 1) * block_length); ++cell) {
             CompensatedSum volume, total;
-            for_members(mapping, fine.model().size, coarse.model().size, cell, [&](std::int64_t member) {
+            Kelvane::for_fine_cells(mapping, fine.model().size, coarse.model().size, cell, [&](std::int64_t member) {
                 const auto at = static_cast<std::size_t>(member);
                 matched[static_cast<std::size_t>(cell)] = 1;
                 const double value = value_or_nan(fine_property, at);
@@ -111,7 +89,7 @@ PropertyComparison compare_properties(const CornerPointGrid& fine, const Propert
     PropertyComparison result;
     std::vector<double> values, volumes;
     for (std::int64_t cell = 0; cell < cells; ++cell)
-        for_members(mapping, fine.model().size, coarse.model().size, cell, [&](std::int64_t member) {
+        Kelvane::for_fine_cells(mapping, fine.model().size, coarse.model().size, cell, [&](std::int64_t member) {
             values.push_back(value_or_nan(fine_property, static_cast<std::size_t>(member)));
             volumes.push_back(fine_volumes[static_cast<std::size_t>(member)]);
         });

@@ -1,5 +1,7 @@
 #include "MatchBase.h"
 
+#include "upscaling/MappingCells.h"
+
 #include <Lodex/volumes/SGridCube.h>
 
 #include <tbb/task_arena.h>
@@ -143,28 +145,7 @@ void MatchBase::set_boxes(Lodex::IndexRelation boxes)
 
 template <class Visit> void MatchBase::visit_members(std::int64_t coarse_cell, const Visit& visit) const
 {
-    const auto at = static_cast<std::size_t>(coarse_cell);
-    if (!mapping_.has_boxes()) {
-        for (std::int64_t n = mapping_.offsets[at]; n < mapping_.offsets[at + 1]; ++n)
-            if (!visit(mapping_.cells[static_cast<std::size_t>(n)]))
-                return;
-        return;
-    }
-    if (!coarse_flags_[at])
-        return;
-    const GridSize& size = coarse_view_.size;
-    const auto& i = mapping_.boxes[0][static_cast<std::size_t>(coarse_cell % size[0])];
-    const auto& j = mapping_.boxes[1][static_cast<std::size_t>(coarse_cell / size[0] % size[1])];
-    const auto& k = mapping_.boxes[2][static_cast<std::size_t>(coarse_cell / size[0] / size[1])];
-    for (std::int64_t c = k.first; c <= k.last; ++c) {
-        for (std::int64_t b = j.first; b <= j.last; ++b) {
-            for (std::int64_t a = i.first; a <= i.last; ++a) {
-                const std::int64_t cell = fine_view_.cell_index(a, b, c);
-                if (fine_flags_[static_cast<std::size_t>(cell)] && !visit(cell))
-                    return;
-            }
-        }
-    }
+    visit_fine_cells(mapping_, fine_view_.size, coarse_view_.size, coarse_cell, visit);
 }
 
 void MatchBase::choose_blocks(const ProgressCheck& progress)

@@ -33,12 +33,8 @@ void run(Call& call)
     CornerPointGrid& coarse = grid_of(call, "Coarse");
     if (&fine == &coarse)
         call.fail("the coarse grid is the fine grid itself", "Coarse");
-    const PropertyData& fine_property = property_of(call, "property", fine.model());
-    const PropertyData& coarse_property = property_of(call, "coarse_property", coarse.model());
-    if (fine_property.on_points)
-        call.fail("the property \"" + fine_property.name + "\" stands on points; expected a property of cells", "property");
-    if (coarse_property.on_points)
-        call.fail("the property \"" + coarse_property.name + "\" stands on points; expected a property of cells", "coarse_property");
+    const PropertyData& fine_property = cell_property_of(call, "property", fine.model());
+    const PropertyData& coarse_property = cell_property_of(call, "coarse_property", coarse.model());
     if (call.has("difference") && call.text("difference") == coarse_property.name)
         call.fail("the difference would replace the property \"" + coarse_property.name + "\" that is compared; expected another name",
                   "difference");

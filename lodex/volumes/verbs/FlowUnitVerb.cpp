@@ -28,12 +28,10 @@ std::string number_text(float value)
 void run(Call& call)
 {
     const CornerPointGrid& grid = grid_of(call);
-    const PropertyData& property = property_of(call, "property", grid.model());
-    if (property.on_points)
-        call.fail("the property \"" + property.name + "\" stands on points; expected a property of cells", "property");
+    const PropertyData& property = cell_property_of(call, "property", grid.model());
     int denominator = -1;
     if (call.has("over_property")) {
-        const PropertyData& below = property_of(call, "over_property", grid.model());
+        const PropertyData& below = cell_property_of(call, "over_property", grid.model());
         if (&below == &property)
             call.fail("the two properties of the ratio are the same", "over_property");
         denominator = grid.property_db()->property_index(below.name);

@@ -14,35 +14,12 @@ namespace lodex {
 
 namespace {
 
-constexpr std::array directions{"first axis", "second axis", "vertical"};
-
-std::string percent(double part)
-{
-    return format_general(100 * part, 3) + " %";
-}
-
 /// How much the bulk volume changed, in total and cell by cell.
 void report(Call& call, const std::string& name, const MergeReport& result)
 {
-    const double before = result.bulk_volume_before;
-    const double change = before > 0 ? (result.bulk_volume_after - before) / before : 0;
-    call.count("cells", static_cast<double>(result.size_after[0] * result.size_after[1] * result.size_after[2]));
-    call.count("active_cells", static_cast<double>(result.active_after));
-    call.count("merged_cells", static_cast<double>(result.merged_cells));
-    call.count("bulk_volume_before", before);
-    call.count("bulk_volume_after", result.bulk_volume_after);
-    call.count("total_volume_before", result.total_volume_before);
-    call.count("total_volume_after", result.total_volume_after);
-    call.count("max_relative_cell_difference", result.max_relative_difference);
-    call.count("mean_relative_cell_difference", result.mean_relative_difference);
+    report_cells_and_volumes(call, name, result, "merged_cells", result.merged_cells, "single cells differ by");
     call.count("kept_sections_that_gave_way", static_cast<double>(result.gave_way));
     call.count("undefined_cells", static_cast<double>(result.undefined));
-
-    call.info("SGrid \"" + name + "\": " + size_text(result.size_before) + " -> " + size_text(result.size_after) + " cells, " +
-              std::to_string(result.active_before) + " -> " + std::to_string(result.active_after) + " active; bulk volume " +
-              format_general(before, 10) + " -> " + format_general(result.bulk_volume_after, 10) + " (" +
-              percent(change) + "), single cells differ by " + percent(result.mean_relative_difference) + " on average, " +
-              percent(result.max_relative_difference) + " at most");
     if (result.gave_way > 0)
         call.info(std::to_string(result.gave_way) + " cells took their values from the nearest active section");
     for (const std::string& warning : result.warnings)
@@ -52,7 +29,7 @@ void report(Call& call, const std::string& name, const MergeReport& result)
 MergeRequest read_request(const Call& call, const CornerPointGrid& source)
 {
     MergeRequest request;
-    request.axis = static_cast<int>(std::ranges::find(directions, call.text("direction")) - directions.begin());
+    request.axis = axis_of_direction(call);
     request.source_name = source.name().str();
 
     const std::vector<long> bounds = call.integers("sections");
@@ -109,7 +86,7 @@ const VerbRegistration registration{
                   {.name = "sgrid", .kind = ValueKind::Object, .meaning = "the grid to merge", .required = true,
                    .object_type = "SGrid"},
                   {.name = "direction", .kind = ValueKind::Choice, .meaning = "axis along which sections are merged (I, J, K)",
-                   .required = true, .choices = {directions.begin(), directions.end()}},
+                   .required = true, .choices = {axis_directions.begin(), axis_directions.end()}},
                   {.name = "sections", .kind = ValueKind::IntegerList,
                    .meaning = "pairs of first and last section, 0-based; none makes a plain copy", .required = true,
                    .may_be_empty = true},

@@ -17,39 +17,16 @@ namespace {
 
 using Lodex::LayerInfo;
 
-constexpr std::array directions{"first axis", "second axis", "vertical"};
 constexpr std::array<std::pair<std::string_view, LayerInfo::LayeringStyle>, 3> layerings{
     {{"proportional", LayerInfo::Proportional},
      {"parallel_to_base", LayerInfo::ParallelToBase},
      {"parallel_to_top", LayerInfo::ParallelToTop}}};
 
-std::string percent(double part)
-{
-    return format_general(100 * part, 3) + " %";
-}
-
 /// Cell counts, and how much the bulk volume changed, in total and against the parent cells.
 void report(Call& call, const std::string& name, const SubdivideReport& result)
 {
-    const double before = result.bulk_volume_before;
-    const double change = before > 0 ? (result.bulk_volume_after - before) / before : 0;
-    call.count("cells", static_cast<double>(result.size_after[0] * result.size_after[1] * result.size_after[2]));
-    call.count("active_cells", static_cast<double>(result.active_after));
-    call.count("divided_cells", static_cast<double>(result.divided_cells));
+    report_cells_and_volumes(call, name, result, "divided_cells", result.divided_cells, "subdivisions differ from their cells by");
     call.count("pinched_cells", static_cast<double>(result.pinched));
-    call.count("bulk_volume_before", before);
-    call.count("bulk_volume_after", result.bulk_volume_after);
-    call.count("total_volume_before", result.total_volume_before);
-    call.count("total_volume_after", result.total_volume_after);
-    call.count("max_relative_cell_difference", result.max_relative_difference);
-    call.count("mean_relative_cell_difference", result.mean_relative_difference);
-
-    call.info("SGrid \"" + name + "\": " + size_text(result.size_before) + " -> " + size_text(result.size_after) +
-              " cells, " + std::to_string(result.active_before) + " -> " + std::to_string(result.active_after) +
-              " active; bulk volume " + format_general(before, 10) + " -> " +
-              format_general(result.bulk_volume_after, 10) + " (" + percent(change) +
-              "), subdivisions differ from their cells by " + percent(result.mean_relative_difference) +
-              " on average, " + percent(result.max_relative_difference) + " at most");
     if (result.pinched > 0)
         call.info(std::to_string(result.pinched) + " cells are pinched to nothing and inactive");
     for (const std::string& warning : result.warnings)
@@ -117,7 +94,7 @@ double bytes_needed(const GridModel& source, const SubdivideRequest& request, co
 SubdivideRequest read_request(const Call& call, const CornerPointGrid& source)
 {
     SubdivideRequest request;
-    request.axis = static_cast<int>(std::ranges::find(directions, call.text("direction")) - directions.begin());
+    request.axis = axis_of_direction(call);
     request.source_name = source.name().str();
     request.divisions = read_sections(call);
     request.percent = call.flag("percent_cell_thickness");
@@ -167,7 +144,7 @@ const VerbRegistration registration{
                    .kind = ValueKind::Choice,
                    .meaning = "axis along which sections are divided (I, J, K)",
                    .required = true,
-                   .choices = {directions.begin(), directions.end()}},
+                   .choices = {axis_directions.begin(), axis_directions.end()}},
                   {.name = "sections",
                    .kind = ValueKind::Text,
                    .meaning = "groups of section (0-based), cells added, layering (proportional, parallel_to_base, "

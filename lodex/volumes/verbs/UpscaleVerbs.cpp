@@ -26,7 +26,7 @@ using Kelvane::UpscalingReport;
 
 const std::string problem_prefix = "upscaling_problems_";
 
-/// One flag per cell of the grid: active, and in the region when there is one.
+/// One flag per cell of the grid, 1 in the regions that the keyword names, whatever its active flag.
 std::vector<std::uint8_t> region_flags(const Call& call, std::string_view keyword, const CornerPointGrid& grid)
 {
     const std::string text = call.text(keyword);

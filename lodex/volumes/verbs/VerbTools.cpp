@@ -74,6 +74,24 @@ const PropertyData& property_of(const Call& call, std::string_view keyword, cons
     return *property;
 }
 
+const PropertyData& cell_property_of(const Call& call, std::string_view keyword, const GridModel& model)
+{
+    const PropertyData& property = property_of(call, keyword, model);
+    if (property.on_points)
+        call.fail("the property \"" + property.name + "\" stands on points; expected a property of cells", keyword);
+    return property;
+}
+
+int axis_of_direction(const Call& call)
+{
+    return static_cast<int>(std::ranges::find(axis_directions, call.text("direction")) - axis_directions.begin());
+}
+
+std::string percent_text(double part)
+{
+    return format_general(100 * part, 3) + " %";
+}
+
 std::vector<std::string> mapper_names()
 {
     std::vector<std::string> names;

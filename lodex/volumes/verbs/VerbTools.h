@@ -1,11 +1,13 @@
 #pragma once
 
 #include "lodex/interpreter/Verb.h"
+#include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/volumes/model/GridText.h"
 
 #include <Lodex/volumes/GridObjCellMapper.h>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -47,6 +49,42 @@ void set_property(CornerPointGrid& grid, PropertyData property);
 
 /// The name, or a failure that says that the grid has no such property.
 const PropertyData& property_of(const Call& call, std::string_view keyword, const GridModel& model);
+
+/// The same for a property of cells; one on points is a failure as well.
+const PropertyData& cell_property_of(const Call& call, std::string_view keyword, const GridModel& model);
+
+/// What statements call the axes I, J, K.
+inline constexpr std::array<const char*, 3> axis_directions{"first axis", "second axis", "vertical"};
+
+/// The axis that the keyword "direction" names: 0, 1, 2 for I, J, K.
+[[nodiscard]] int axis_of_direction(const Call& call);
+
+/// "1.25 %" for 0.0125.
+[[nodiscard]] std::string percent_text(double part);
+
+/// Tells what became of cells and bulk volume when a grid was made of another one, as counts and as a message.
+/// `changed` names the count of cells that were merged or divided; `cells` begins the part on single cells.
+template <class Report>
+void report_cells_and_volumes(Call& call, const std::string& name, const Report& result, const std::string& changed,
+                              std::int64_t changed_cells, const std::string& cells)
+{
+    const double before = result.bulk_volume_before;
+    const double change = before > 0 ? (result.bulk_volume_after - before) / before : 0;
+    call.count("cells", static_cast<double>(result.size_after[0] * result.size_after[1] * result.size_after[2]));
+    call.count("active_cells", static_cast<double>(result.active_after));
+    call.count(changed, static_cast<double>(changed_cells));
+    call.count("bulk_volume_before", before);
+    call.count("bulk_volume_after", result.bulk_volume_after);
+    call.count("total_volume_before", result.total_volume_before);
+    call.count("total_volume_after", result.total_volume_after);
+    call.count("max_relative_cell_difference", result.max_relative_difference);
+    call.count("mean_relative_cell_difference", result.mean_relative_difference);
+    call.info("SGrid \"" + name + "\": " + size_text(result.size_before) + " -> " + size_text(result.size_after) + " cells, " +
+              std::to_string(result.active_before) + " -> " + std::to_string(result.active_after) + " active; bulk volume " +
+              format_general(before, 10) + " -> " + format_general(result.bulk_volume_after, 10) + " (" + percent_text(change) +
+              "), " + cells + " " + percent_text(result.mean_relative_difference) + " on average, " +
+              percent_text(result.max_relative_difference) + " at most");
+}
 
 /// Names of the registered cell mappers, in registry order.
 [[nodiscard]] std::vector<std::string> mapper_names();
