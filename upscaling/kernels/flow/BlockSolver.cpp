@@ -3,6 +3,7 @@
 #include "LaneSolver.h"
 #include "LargeBlock.h"
 #include "SparseSolver.h"
+#include "Vectors.h"
 
 #include <Eigen/Eigenvalues>
 
@@ -49,6 +50,8 @@ struct Prepared {
     bool backup = false;
     std::array<double, 3> size{};
     std::optional<std::vector<HexSample>> geometry;
+    /// Volume over squared mean length along each axis, as the samples have them: the flow through a brick as large.
+    std::array<double, 3> brick_flow{};
 
     Prepared(const Block& block_, bool true_geometry) : block(&block_)
     {
@@ -65,6 +68,8 @@ struct Prepared {
         if (true_geometry) {
             geometry = sampled_geometry(*block);
             backup = !geometry.has_value();
+            if (geometry)
+                measure();
         }
         make_brick();
         backup = backup || (!geometry && flat_);
@@ -88,6 +93,23 @@ struct Prepared {
     }
 
 private:
+    void measure()
+    {
+        double volume = 0;
+        std::array<Vector3, 3> edges{};
+        for (const HexSample& sample : *geometry) {
+            volume += sample.volume;
+            for (int axis = 0; axis < 3; ++axis) {
+                for (int c = 0; c < 3; ++c)
+                    edges[axis][c] += sample.edge[axis][c];
+            }
+        }
+        for (int axis = 0; axis < 3; ++axis) {
+            const double rows = static_cast<double>(geometry->size()) / block->n[axis];
+            brick_flow[axis] = volume * rows * rows / dot(edges[axis], edges[axis]);
+        }
+    }
+
     void make_brick()
     {
         double longest = 0;
@@ -127,13 +149,15 @@ void add_brick(FlowCase flow, const Energies& energies, const std::array<double,
     }
 }
 
-/// On true geometry: energies against those of permeability 1. False when these are no measure.
+/// On true geometry: energies against those of permeability 1. False when these are no measure: next to nothing flows
+/// towards the thin end of a wedge, and what rounding leaves there would be divided by.
 [[nodiscard]] bool add_ratio(FlowCase flow, const Energies& energies, const Energies& unit,
-                             std::array<double, 6>& tensor)
+                             const std::array<double, 3>& brick_flow, std::array<double, 6>& tensor)
 {
+    constexpr double least = 1e-8; ///< part of a brick's flow; the corners' rounding lets some 1e-13 through
     const int rights = right_sides(flow);
     if (rights == 1) {
-        if (!(unit[0] > 0))
+        if (!(unit[0] > least * brick_flow[static_cast<int>(flow)]))
             return false;
         tensor[static_cast<int>(flow)] = energies[0] / unit[0];
         return true;
@@ -296,7 +320,8 @@ private:
                     answer.backup = answer.backup || lanes[n * step].lost;
                     if (!true_geometry)
                         add_brick(flow, lanes[n].energies, ready[group[first + n]].size, answer.tensor);
-                    else if (!add_ratio(flow, lanes[2 * n].energies, lanes[2 * n + 1].energies, answer.tensor))
+                    else if (!add_ratio(flow, lanes[2 * n].energies, lanes[2 * n + 1].energies,
+                                        ready[group[first + n]].brick_flow, answer.tensor))
                         sound[n] = 0;
                 }
             }
@@ -336,7 +361,7 @@ private:
                 return sparse.energies;
             };
             const Energies energies = solve(false, 0);
-            if (!add_ratio(flows[part], energies, solve(true, 0.5), answer.tensor))
+            if (!add_ratio(flows[part], energies, solve(true, 0.5), prepared.brick_flow, answer.tensor))
                 return false;
         }
         return true;
