@@ -76,7 +76,7 @@ public:
     [[nodiscard]] std::vector<float>& shown(int kind) { return shown_.at(static_cast<std::size_t>(kind)); }
     [[nodiscard]] const std::vector<float>& shown(int kind) const { return shown_.at(static_cast<std::size_t>(kind)); }
 
-    /// Null when the property has none.
+    /// That of the property chosen last; null as long as none has been.
     [[nodiscard]] const Lodex::Colormap* getColormap() const { return colormap_.get(); }
     [[nodiscard]] double getLowclipValue() const { return low_clip_; }
     [[nodiscard]] double getHighclipValue() const { return high_clip_; }

@@ -1,11 +1,12 @@
 #include "propertyupscale/UpscaleCommand.h"
 
 #include "frame/CommandText.h"
-#include "propertyupscale/LQSGPropertyUpscaleDialog.h"
 
 #include <Kelvane/upscaling/Upscaler.h>
 #include <Lodex/qtools/QtText.h>
 #include <Lodex/utils/FactoryLib.h>
+
+#include <QCoreApplication>
 
 #include <algorithm>
 
@@ -17,6 +18,11 @@ namespace {
 
 /// The power that upscalers are asked about.
 constexpr double domain_test_power = 1.0;
+
+/// The texts of the refusals belong to the dialog.
+struct Dialog {
+    Q_DECLARE_TR_FUNCTIONS(Kelvane::LQSGPropertyUpscaleDialog)
+};
 
 /// Puts the pieces of the command one behind the other. A step returns false when its choice will not do.
 class Composer {
@@ -34,8 +40,6 @@ public:
     [[nodiscard]] std::string text() const { return command_.str(); }
 
 private:
-    using Dialog = LQSGPropertyUpscaleDialog;
-
     [[nodiscard]] bool grids();
     [[nodiscard]] bool fine_property();
     [[nodiscard]] bool fine_permeability();

@@ -1,12 +1,15 @@
 #include "propertyupscale/UpscaleSummary.h"
 
-#include "propertyupscale/LQSGPropertyUpscaleDialog.h"
+#include <QCoreApplication>
 
 namespace Kelvane {
 
 namespace {
 
-using Dialog = LQSGPropertyUpscaleDialog;
+/// The texts of this page belong to the dialog.
+struct Dialog {
+    Q_DECLARE_TR_FUNCTIONS(Kelvane::LQSGPropertyUpscaleDialog)
+};
 
 QString escaped(const QString& text)
 {

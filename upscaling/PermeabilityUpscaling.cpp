@@ -97,9 +97,11 @@ public:
             while (last < cells.size() && (last == first || samples + cells[last].samples() <= samples_at_once))
                 samples += cells[last++].samples();
             batch_.assign(cells.begin() + static_cast<std::ptrdiff_t>(first), cells.begin() + static_cast<std::ptrdiff_t>(last));
-            take_samples(samples);
+            const double from = done(first, cells.size()), to = done(last, cells.size());
+            const double sampled = from + sampling_share * (to - from);
+            take_samples(samples, partial_progress(progress_, from, sampled));
             if (local_)
-                solve(first, last, cells.size());
+                solve(partial_progress(progress_, sampled, to));
             else
                 average();
             first = last;
@@ -110,6 +112,9 @@ public:
     }
 
 private:
+    /// Part of the work on some cells that is taking their samples; the rest is solving.
+    static constexpr double sampling_share = 0.25;
+
     static double done(std::size_t cell, std::size_t cells)
     {
         return 0.05 + 0.95 * static_cast<double>(cell) / static_cast<double>(std::max<std::size_t>(1, cells));
@@ -166,7 +171,7 @@ private:
         return cells;
     }
 
-    void take_samples(std::size_t samples)
+    void take_samples(std::size_t samples, const Lodex::ProgressCheck& progress)
     {
         std::size_t first = 0;
         for (SampledCell& cell : batch_) {
@@ -178,8 +183,11 @@ private:
             values_[n].resize(samples);
         fine_.resize(samples);
         passable_.resize(samples);
-        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, batch_.size(), 16), [&](const auto& range) {
-            for (std::size_t n = range.begin(); n != range.end(); ++n)
+        constexpr std::size_t cells_at_once = 16;
+        const std::size_t blocks = (batch_.size() + cells_at_once - 1) / cells_at_once;
+        for_blocks(static_cast<std::int64_t>(blocks), progress, [&](std::int64_t block) {
+            const std::size_t begin = static_cast<std::size_t>(block) * cells_at_once;
+            for (std::size_t n = begin; n < std::min(batch_.size(), begin + cells_at_once); ++n)
                 sample(batch_[n], arrays);
         });
     }
@@ -270,7 +278,7 @@ private:
             store(batch_[n], {answers[n], answers[n], answers[n], 0, 0, 0}, false);
     }
 
-    void solve(std::size_t first, std::size_t last, std::size_t all)
+    void solve(const Lodex::ProgressCheck& progress)
     {
         std::vector<flow::Block> blocks(batch_.size());
         for (std::size_t n = 0; n < batch_.size(); ++n) {
@@ -286,7 +294,7 @@ private:
                          .kk = part(2)};
         }
         std::vector<flow::BlockResult> results(blocks.size());
-        local_->upscale(blocks, request_.options, results, partial_progress(progress_, done(first, all), done(last, all)));
+        local_->upscale(blocks, request_.options, results, progress);
         for (std::size_t n = 0; n < batch_.size(); ++n) {
             result_.report.iterations += results[n].iterations;
             result_.report.most_iterations = std::max(result_.report.most_iterations, results[n].iterations);

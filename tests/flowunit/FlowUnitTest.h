@@ -5,6 +5,7 @@
 #include "flowunit/LQFlowUnitWidget.h"
 #include "flowunit/LQTable.h"
 #include "tests/frame/Catalogue.h"
+#include "tests/frame/DeferredDeletes.h"
 
 #include "CommandStub.h"
 #include "MessageList.h"
@@ -26,6 +27,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <functional>
 #include <string>
@@ -34,13 +37,6 @@
 
 using Texts = std::vector<std::string>;
 using Units = std::vector<int>;
-
-/// What closes or removes something goes from the event loop.
-inline void run_deferred_deletes()
-{
-    for (int i = 0; i < 4; ++i)
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
 
 /// Answers message boxes as they come up, and remembers them.
 class Answers {
@@ -87,6 +83,19 @@ private:
     }
     QTimer timer_;
     std::vector<const char*> buttons_;
+};
+
+/// Stops the runs that show this progress at once and notes the titles of all.
+struct Stop : Lodex::ProgressSink {
+    explicit Stop(std::string title) : stopped(std::move(title)), former(Lodex::ProgressTracer::set_sink(this)) {}
+    ~Stop() override { Lodex::ProgressTracer::set_sink(former); }
+    void begin(const Lodex::CString& title) override { titles.push_back(title.str()); }
+    bool progress(double) override { return titles.back() != stopped; }
+    void end() override {}
+
+    std::string stopped;
+    Lodex::ProgressSink* former;
+    Texts titles;
 };
 
 /// Does something once while a run shows this progress, as an event could; stops nothing.

@@ -3,7 +3,6 @@
 #include "FlowUnitTest.h"
 
 #include <Lodex/qtools/LQNumberEdits.h>
-#include <Lodex/utils/ProgressTracer.h>
 #include <Lodex/volumes/SGridActivityModel.h>
 #include <Lodex/xtools/XMHelpManager.h>
 
@@ -34,17 +33,6 @@ protected:
         EXPECT_EQ(text.substr(0, head.size()), head);
         return text.size() < head.size() ? text : text.substr(head.size());
     }
-};
-
-struct Stop : Lodex::ProgressSink {
-    Stop() : former(Lodex::ProgressTracer::set_sink(this)) {}
-    ~Stop() override { Lodex::ProgressTracer::set_sink(former); }
-    void begin(const Lodex::CString& title) override { titles.push_back(title.str()); }
-    bool progress(double) override { return titles.back() != stopped; }
-    void end() override {}
-    Lodex::ProgressSink* former;
-    std::string stopped;
-    Texts titles;
 };
 
 } // namespace
@@ -203,8 +191,7 @@ TEST_F(FlowUnitDialog, AStoppedCheckPasses)
     open();
     name("new");
     set_units({1, 1, 2, 2, 2, 2});
-    Stop stop;
-    stop.stopped = "Checking Flow Units...";
+    const Stop stop("Checking Flow Units...");
     EXPECT_TRUE(widget->checkUpgridding());
     EXPECT_EQ(stop.titles, Texts{"Checking Flow Units..."});
     EXPECT_EQ(fatal(), Texts{});
@@ -216,8 +203,7 @@ TEST_F(FlowUnitDialog, AStoppedCommandIsSentAsFarAsItGoes)
     open();
     name("new");
     set_units({1, 1, 2, 2, 3, 3});
-    Stop stop;
-    stop.stopped = "Creating command...";
+    const Stop stop("Creating command...");
     EXPECT_TRUE(widget->launchUpgriddingProcess(" x"));
     EXPECT_EQ(command(), "lodex sgrid_merge_multiple_sections name new sgrid G direction \"vertical\" sections  x\n");
 }

@@ -1,5 +1,6 @@
 #include "frame/DeleteAction.h"
 #include "frame/LQDialogFrame.h"
+#include "tests/frame/DeferredDeletes.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -27,12 +28,6 @@ public slots:
     void cancel() { ++cancelled; }
     void on_help() { ++helped; }
 };
-
-void run_deferred_deletes()
-{
-    for (int i = 0; i < 3; ++i)
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
 
 TEST(DeleteAction, DeletesTheDialogOnceAndLater)
 {

@@ -2,6 +2,7 @@
 
 #include "propertyupscale/LQSGPropertyUpscaleDialog.h"
 #include "tests/frame/Catalogue.h"
+#include "tests/frame/DeferredDeletes.h"
 
 #include "CommandStub.h"
 #include "MessageList.h"
@@ -27,13 +28,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-/// What closes goes from the event loop.
-inline void run_deferred_deletes()
-{
-    for (int i = 0; i < 4; ++i)
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
 
 /// The property upscaling wizard on a fine and a coarse grid, both with layers, and a grid with nothing on it.
 class WizardTest : public testing::Test {

@@ -4,6 +4,7 @@
 
 #include <QGroupBox>
 #include <QLabel>
+#include <QMetaMethod>
 
 #include <array>
 
@@ -38,6 +39,21 @@ TEST_F(WizardTexts, TitlesInOrder)
         EXPECT_EQ(dialog->page(page)->title(), titles[page]);
     EXPECT_EQ(dialog->currentId(), 0);
     EXPECT_TRUE(dialog->page(Dialog::Summary)->isAncestorOf(find<QTextEdit>("summary_")));
+}
+
+TEST_F(WizardTexts, SlotsByTheirNames)
+{
+    open_empty();
+    const QMetaObject* meta = dialog->metaObject();
+    for (const char* slot : {"on_fine_sgrid_name_change()", "on_coarse_sgrid_name_change()",
+                             "on_property_class_change(QString)", "on_method_change(QString)", "on_help()", "on_ok()",
+                             "process()", "accept()", "showPage(QWidget*)"}) {
+        const int index = meta->indexOfMethod(slot);
+        ASSERT_GE(index, 0) << slot;
+        EXPECT_EQ(meta->method(index).methodType(), QMetaMethod::Slot) << slot;
+        EXPECT_EQ(meta->method(index).access(), QMetaMethod::Public) << slot;
+        EXPECT_GE(index, meta->methodOffset()) << slot << " is the toolkit's";
+    }
 }
 
 TEST_F(WizardTexts, GridTexts)

@@ -88,8 +88,32 @@ TEST(Averages, EqualValuesGiveThatValue)
         for (const Average method : weighted)
             for (const double power : {-1.0, -0.3, 0.0, 1e-9, 0.3, 1.0})
                 EXPECT_NEAR(mean(method, Numbers(777, value), weights, power) / value, 1, 4e-13) << value << ' ' << power;
-        EXPECT_EQ(mean(Average::Median, Numbers(777, value)), value);
-        EXPECT_EQ(mean(Average::MostProbable, Numbers(777, value)), value);
+        for (const Average method : {Average::Minimum, Average::Maximum, Average::Median, Average::MostProbable})
+            EXPECT_EQ(mean(method, Numbers(777, value)), value);
+    }
+}
+
+TEST(Averages, ScalingScales)
+{
+    std::mt19937_64 random(4);
+    std::normal_distribution<double> normal(0, 3);
+    Numbers values(301), weights(values.size());
+    for (std::size_t n = 0; n < values.size(); ++n) {
+        values[n] = n % 9 == 0 ? 2.5 : std::exp(normal(random)); // the most frequent value
+        weights[n] = std::exp(normal(random));
+    }
+    for (const double factor : {1e-9, 0.3, 7.0, 1e12}) {
+        Numbers scaled = values;
+        for (double& value : scaled)
+            value *= factor;
+        for (const Average method :
+             {Average::Arithmetic, Average::Geometric, Average::Harmonic, Average::Power, Average::Sum,
+              Average::Minimum, Average::Maximum, Average::Median, Average::MostProbable})
+            EXPECT_NEAR(mean(method, scaled, weights, 0.4) / mean(method, values, weights, 0.4) / factor, 1, 1e-12)
+                << static_cast<int>(method);
+        // Numbers without a unit stay.
+        EXPECT_EQ(mean(Average::Number, scaled), 301);
+        EXPECT_NEAR(mean(Average::DykstraParsons, scaled), mean(Average::DykstraParsons, values), 1e-12);
     }
 }
 

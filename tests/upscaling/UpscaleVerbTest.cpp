@@ -26,6 +26,12 @@ protected:
                "coarse_region_name everywhere coarse_porosity P mapper \"" +
                mapper + "\" upscaler \"" + method + "\" power  " + more;
     }
+    /// Permeability of a fine property onto "Coarse" by index, without what the method and the caller choose.
+    static std::string by_index(const std::string& fine, const std::string& names, const std::string& method)
+    {
+        return "lodex on SGrid Fine upscale_permeability fine_Perm_I " + fine + " fine_Perm_J " + fine +
+               " fine_Perm_K " + fine + " Coarse Coarse " + names + " mapper \"parametric\" upscaler \"" + method + "\" ";
+    }
     static std::string permeability(const std::string& method, const std::string& names, const std::string& more = {})
     {
         return "lodex on SGrid Fine upscale_permeability  fine_region_name everywhere fine_Perm_I PORO fine_Perm_J PORO "
@@ -137,10 +143,38 @@ TEST_F(UpscaleVerb, PreparationInItsOrder)
     EXPECT_NEAR(upscaled("Geometric", "neg_like_x 1 neg_value 1 zero_like_x 1 zero_value 2 ndv_like_x 1 ndv_value 4"),
                 std::pow(64, 0.25), 1e-13);
     EXPECT_NEAR(upscaled("Arithmetic", "ndv_like_x 1 ndv_value -2"), 1, 1e-15);
+    // What stands for an undefined value is no negative value and no zero any more.
+    for (const std::string value : {"0", "-3"})
+        EXPECT_NEAR(upscaled("Arithmetic", "neg_like_x 1 neg_value 1 zero_like_x 1 zero_value 2 "
+                                           "ndv_like_x 1 ndv_value " + value),
+                    (1 + 2 + std::stod(value) + 8) / 4, 1e-15);
     const auto r = result(porosity("Geometric", "neg_like_x 1 neg_value 1"));
     EXPECT_EQ(count(r, "negative_replaced"), 1);
     EXPECT_EQ(count(r, "refused_left_out"), 1);
     EXPECT_EQ(count(r, "undefined_left_out"), 1);
+}
+
+TEST_F(UpscaleVerb, InfiniteAndNoDataValuesAreUndefined)
+{
+    add_box("Fine", {1, 1, 4});
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name Coarse sgrid Fine direction \"vertical\" sections 0+3"));
+    find_grid("Fine")->change([](GridModel& m) {
+        m.properties[0].values = std::vector<double>{-INFINITY, INFINITY, -99, 8};
+        m.properties[0].no_data = -99;
+        m.properties[1].values = std::vector<std::int32_t>{7, 7, 7, 3};
+        m.properties[1].no_data = 7;
+    });
+    for (const std::string method : {"Arithmetic", "Minimum", "Maximum", "Sum", "Median"}) {
+        const auto r = result(porosity(method, "neg_like_x 1 neg_value 1"));
+        EXPECT_EQ(value("Coarse", "P", 0, 0, 0), 8) << method;
+        EXPECT_EQ(count(r, "undefined_left_out"), 3) << method;
+    }
+    ASSERT_TRUE(run(porosity("Arithmetic", "ndv_like_x 1 ndv_value 4")));
+    EXPECT_EQ(value("Coarse", "P", 0, 0, 0), 5);
+    // An undefined code is left out as well, however often it stands there.
+    ASSERT_TRUE(run("lodex on SGrid Fine upscale_indicator fine_indicator CODE Coarse Coarse coarse_indicator F "
+                    "mapper \"geometric\" upscaler \"Most probable\""));
+    EXPECT_EQ(value("Coarse", "F", 0, 0, 0), 3);
 }
 
 TEST_F(UpscaleVerb, RegionsOnBothGrids)
@@ -183,6 +217,124 @@ TEST_F(UpscaleVerb, PermeabilityOfTwoLayers)
     EXPECT_NEAR(value("Coarse", "K", 0, 0, 0), 9, 1e-14);
     ASSERT_TRUE(run(permeability("Harmonic", one_name)));
     EXPECT_NEAR(value("Coarse", "K", 0, 0, 0), across, 1e-14);
+}
+
+TEST_F(UpscaleVerb, SamplesAdaptiveAndFixed)
+{
+    add_box("Fine", {1, 1, 3});
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name Coarse sgrid Fine direction \"vertical\" sections 0+2"));
+    find_grid("Fine")->change([](GridModel& m) { m.properties[0].values = std::vector<double>{1, 10, 100}; });
+    const auto upscaled = [&](const std::string& mapper, const std::string& sampling) {
+        for (std::string statement :
+             {by_index("PORO", one_name, "Arithmetic"), by_index("PORO", three_names, "HarmonicArithmetic")}) {
+            statement.replace(statement.find("parametric"), 10, mapper);
+            EXPECT_TRUE(run(statement + sampling));
+        }
+        EXPECT_NEAR(value("Coarse", "K", 0, 0, 0), value("Coarse", "KX", 0, 0, 0), 1e-12) << "the same samples";
+        return value("Coarse", "K", 0, 0, 0);
+    };
+    for (const std::string mapper : {"geometric", "parametric"}) {
+        // As many samples as there are distinct indices, at most the number given.
+        EXPECT_NEAR(upscaled(mapper, "n_I 4 n_J 4 n_K 10 manual_sampling 0"), 37, 1e-12);
+        EXPECT_NEAR(upscaled(mapper, "n_I 4 n_J 4 n_K 3 manual_sampling 0"), 37, 1e-12);
+        // Two samples, centres at a quarter and three: the first and the last cell. One: the middle one.
+        EXPECT_NEAR(upscaled(mapper, "n_I 4 n_J 4 n_K 2 manual_sampling 0"), 50.5, 1e-12);
+        EXPECT_NEAR(upscaled(mapper, "n_I 4 n_J 4 n_K 1 manual_sampling 0"), 10, 1e-12);
+        // Exactly ten: centres at 0.15, 0.45, ... 2.85 cells, that is three, four and three in the cells.
+        EXPECT_NEAR(upscaled(mapper, "n_I 4 n_J 4 n_K 10 manual_sampling 1"), (3 * 1 + 4 * 10 + 3 * 100) / 10.0, 1e-12);
+    }
+}
+
+TEST_F(UpscaleVerb, IterationsStopAtTheResidualAskedFor)
+{
+    add_box("Fine", {16, 16, 16});
+    find_grid("Fine")->change([](GridModel& m) {
+        m.properties[0] = lognormal_property(m, "PORO", 10, 2, 5);
+    });
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name K sgrid Fine direction \"vertical\" sections 0+15\n"
+                    "lodex sgrid_merge_multiple_sections name I sgrid K direction \"first axis\" sections 0+15\n"
+                    "lodex sgrid_merge_multiple_sections name Coarse sgrid I direction \"second axis\" sections 0+15"));
+    const auto solved = [&](const std::string& more) {
+        const auto r = result(by_index("PORO", three_names, "MixedPressureSolver") +
+                              "n_I 16 n_J 16 n_K 16 manual_sampling 1 " + more);
+        EXPECT_EQ(r.status, StatementStatus::Done) << r.message;
+        return std::array{count(r, "iterations"), count(r, "largest_residual"), value("Coarse", "KX", 0, 0, 0)};
+    };
+    const auto [usual, residual, fast] = solved("");
+    EXPECT_GT(usual, 0);
+    EXPECT_LE(residual, 1e-8);
+    EXPECT_GT(residual, 0);
+    const auto [fewer, rough, roughly] = solved("tolerance 1e-3");
+    EXPECT_LT(fewer, usual);
+    EXPECT_LE(rough, 1e-3);
+    EXPECT_GT(rough, 1e-8);
+    const auto [none, left, exact] = solved("exact 1");
+    EXPECT_EQ(none, 0);
+    EXPECT_NEAR(fast / exact, 1, 1e-7);
+    EXPECT_NEAR(roughly / exact, 1, 1e-2);
+}
+
+/// A cell of any shape, weights of any kind, samples of any number: equal values give that value.
+TEST_F(UpscaleVerb, EqualValuesComeBackOnAnyGeometry)
+{
+    add_box("Fine", {4, 4, 4});
+    find_grid("Fine")->change([](GridModel& m) {
+        // Pillars lean this way and that, layers dip and thin out.
+        m.coord.visit_mutable([](auto numbers) {
+            for (std::size_t n = 0; n < numbers.size(); n += 6) {
+                numbers[n + 2] = 0;
+                numbers[n + 5] = 10;
+                numbers[n + 3] += 4 + 0.1F * static_cast<float>(n % 5);
+                numbers[n + 4] += 0.1F * static_cast<float>(n % 7) - 2;
+            }
+        });
+        m.zcorn.visit_mutable([](auto depths) {
+            for (std::size_t n = 0; n < depths.size(); ++n) {
+                const auto along = static_cast<float>(n % 8);
+                depths[n] = depths[n] * (1 + 0.05F * along) + 0.2F * along;
+            }
+        });
+        m.properties[0].values = std::vector<double>(64, 37.5);
+        m.properties.push_back(lognormal_property(m, "W", 1, 2, 3));
+    });
+    const std::string pairs = "\" sections 0+1+2+3\n";
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name K sgrid Fine direction \"vertical" + pairs +
+                    "lodex sgrid_merge_multiple_sections name Coarse sgrid K direction \"first axis" + pairs));
+    const auto expect_equal = [&](const char* name, double expected, const std::string& what) {
+        const PropertyData& property = *model("Coarse").find_property(name);
+        for (std::size_t cell = 0; cell < property.size(); ++cell)
+            EXPECT_NEAR(value_or_nan(property, cell), expected, 37.5e-8) << what << ' ' << name << ' ' << cell;
+    };
+    for (const std::string method : {"Arithmetic", "Geometric", "Harmonic", "Power", "Minimum", "Maximum", "Median"}) {
+        ASSERT_TRUE(run("lodex on SGrid Fine upscale_porosity fine_porosity PORO Coarse Coarse coarse_porosity P "
+                        "mapper \"parametric\" upscaler \"" + method + "\" power -0.3 "
+                        "weight_using_volume 1 weight_using_property 1 weight_property_name W"));
+        expect_equal("P", 37.5, method);
+    }
+    for (const std::string method : {"Arithmetic", "Geometric", "Harmonic", "Power"}) {
+        ASSERT_TRUE(run(by_index("PORO", one_name, method) + "power 0.6"));
+        expect_equal("K", 37.5, method);
+    }
+    for (const std::string method : {"HarmonicArithmetic", "ArithmeticHarmonic", "CardwellParson", "SymCardwellParson",
+                                     "DiagTensor", "EFConform", "EFMixed", "DFPressureSolver", "MixedPressureSolver"}) {
+        for (const std::string boundary : {"Confined", "KConfined", "Unconfined"}) {
+            const auto r = result(by_index("PORO", three_names, method) +
+                                  "n_I 3 n_J 2 n_K 4 manual_sampling 1 boundary " + boundary);
+            ASSERT_EQ(r.status, StatementStatus::Done) << r.message;
+            EXPECT_EQ(count(r, "backup"), 0) << method;
+            for (const char* name : {"KX", "KY", "KZ"})
+                expect_equal(name, 37.5, method + ' ' + boundary);
+            for (const PropertyData& property : model("Coarse").properties)
+                if (property.name.starts_with("KX_"))
+                    expect_equal(property.name.c_str(), 0, method + ' ' + boundary);
+        }
+    }
+    // The cells are no bricks, or this would say little.
+    const auto lateral = [&](const std::string& method) {
+        EXPECT_TRUE(run(by_index("W", three_names, method) + "n_I 3 n_J 2 n_K 4 manual_sampling 1"));
+        return value("Coarse", "KX", 0, 0, 0);
+    };
+    EXPECT_GT(std::abs(lateral("EFMixed") / lateral("MixedPressureSolver") - 1), 1e-3);
 }
 
 TEST_F(UpscaleVerb, OffDiagonalsByBoundary)

@@ -76,8 +76,11 @@ TEST(Convergence, SmoothPermeabilityIsOfSecondOrder)
     }
 }
 
+/// From below and from above, so that what they close in on lies between them at every sampling.
 TEST(Convergence, MixedAndConformingCloseIn)
 {
+    double last_mixed = 0;
+    double last_conforming = 1e300;
     const BlockData coarse = lognormal_block({3, 3, 3}, {1, 1, 1}, 1.5, true, 3);
     double gap = 1e300;
     for (int refine = 1; refine <= 4; refine *= 2) {
@@ -95,8 +98,12 @@ TEST(Convergence, MixedAndConformingCloseIn)
         std::printf("3x3x3 refined by %d: two-point %.6f mixed %.6f conforming %.6f\n", refine, low, mixed, conforming);
         EXPECT_LE(low, mixed);
         EXPECT_LT(mixed, conforming);
+        EXPECT_GT(mixed, last_mixed);
+        EXPECT_LT(conforming, last_conforming);
         EXPECT_LT(conforming - mixed, 0.75 * gap);
         gap = conforming - mixed;
+        last_mixed = mixed;
+        last_conforming = conforming;
     }
 }
 

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
+#include <random>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -12,6 +15,20 @@ using namespace Kelvane::flow;
 
 // Two by two squares, I fastest: 1 3 below 6 2.
 const std::vector<double> square{1, 3, 6, 2};
+
+constexpr std::array all_means{DirectionalMean::HarmonicArithmetic, DirectionalMean::ArithmeticHarmonic,
+                               DirectionalMean::CardwellParson, DirectionalMean::SymCardwellParson};
+
+/// n[0] * n[1] * n[2] values over some decades.
+std::vector<double> wild_values(const std::array<int, 3>& n, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::normal_distribution<double> normal(0, 3);
+    std::vector<double> values(static_cast<std::size_t>(n[0] * n[1] * n[2]));
+    for (double& value : values)
+        value = std::exp(normal(random));
+    return values;
+}
 
 TEST(DirectionalMeans, HandWorkedSquareAlongI)
 {
@@ -96,6 +113,59 @@ TEST(DirectionalMeans, AllAxesAtOnce)
     EXPECT_EQ(diagonal[0], directional_mean(DirectionalMean::SymCardwellParson, 0, {2, 2, 1}, square));
     EXPECT_NEAR(diagonal[1], 2, 1e-14);
     EXPECT_NEAR(diagonal[2], 3, 1e-14);
+}
+
+TEST(DirectionalMeans, EqualValuesComeBackWhateverTheSections)
+{
+    const std::vector<double> i{1, 20, 3}, j{5, 0.1}, k{2, 2, 7, 1};
+    for (const double value : {1e-290, 3.7, 1e290}) {
+        const std::vector<double> values(24, value);
+        for (const DirectionalMean mean : all_means)
+            for (int axis = 0; axis < 3; ++axis)
+                EXPECT_NEAR(directional_mean(mean, axis, {3, 2, 4}, values, {i, j, k}) / value, 1, 1e-13);
+        for (const double along : diagonal_means({3, 2, 4}, values, values, values, {i, j, k}))
+            EXPECT_NEAR(along / value, 1, 1e-13);
+    }
+}
+
+TEST(DirectionalMeans, ScalingScalesAndAxesMayBeExchangedOrReversed)
+{
+    const std::array<int, 3> n{4, 3, 5};
+    const std::vector<double> values = wild_values(n, 7);
+    std::vector<double> scaled = values;
+    for (double& value : scaled)
+        value *= 1e-7;
+    const auto moved = [&](const std::array<int, 3>& size, const auto& from) {
+        std::vector<double> result;
+        for (int k = 0; k < size[2]; ++k)
+            for (int j = 0; j < size[1]; ++j)
+                for (int i = 0; i < size[0]; ++i) {
+                    const std::array<int, 3> p = from(std::array{i, j, k});
+                    result.push_back(values[static_cast<std::size_t>((p[2] * n[1] + p[1]) * n[0] + p[0])]);
+                }
+        return result;
+    };
+    for (const DirectionalMean mean : all_means) {
+        const std::array<double, 3> means = directional_means(mean, n, values);
+        const std::array<double, 3> small = directional_means(mean, n, scaled);
+        for (std::size_t a = 0; a < 3; ++a) {
+            EXPECT_NEAR(small[a] / means[a], 1e-7, 1e-19);
+            const auto back = moved(n, [&](std::array<int, 3> p) {
+                p[a] = n[a] - 1 - p[a];
+                return p;
+            });
+            EXPECT_NEAR(directional_means(mean, n, back)[a] / means[a], 1, 1e-12);
+            const std::size_t b = (a + 1) % 3;
+            std::array<int, 3> size = n;
+            std::swap(size[a], size[b]);
+            const auto exchanged = directional_means(mean, size, moved(size, [&](std::array<int, 3> p) {
+                                                         std::swap(p[a], p[b]);
+                                                         return p;
+                                                     }));
+            EXPECT_NEAR(exchanged[a] / means[b], 1, 1e-12);
+            EXPECT_NEAR(exchanged[b] / means[a], 1, 1e-12);
+        }
+    }
 }
 
 } // namespace

@@ -5,7 +5,11 @@
 #include "lodex/volumes/model/Create.h"
 #include "../support/MessageList.h"
 
+#include <Lodex/geobase/Property.h>
+
+#include <algorithm>
 #include <limits>
+#include <span>
 
 using Kelvane::FlowUnitStatsManager;
 using enum FlowUnitStatsManager::GuessMethod;
@@ -130,7 +134,7 @@ TEST_F(StatsManager, Regions)
     ASSERT_TRUE(execute({1, 1, 2, 2}, "Arithmetic", "low end"));
     expect(manager->getUnitAvrgList(), {none, none, none, 9});
     expect(manager->getFlowAvrgList(), {none, 9});
-    for (const char* both : {"near+low end", "low+end+near", "all_regions", "near+all_regions"}) {
+    for (const char* both : {"near+low end", " near + low end ", "low+end+near", "all_regions", "near+all_regions"}) {
         ASSERT_TRUE(execute({1, 1, 2, 2}, "Arithmetic", both)) << both;
         expect(manager->getUnitAvrgList(), {1, 5, 0, 9});
     }
@@ -215,4 +219,31 @@ TEST_F(StatsManager, GroupMeansOfMethodsThatCannotBeJoined)
     EXPECT_EQ(units, to_list({1, 1, 1, 2}));
     ASSERT_TRUE(manager->compute_units_from_threshold(2, DeviationFromMean, units));
     EXPECT_EQ(units, to_list({1, 1, 2, 3}));
+}
+
+/// Numbers that change behind the grid's back show what is read again.
+TEST_F(StatsManager, OnlyUnitsWhoseLayersChangedAreWorkedOutAgain)
+{
+    lodex::GridModel model = lodex::make_box({3, 1, 6}, {1, 1, 1});
+    model.properties.push_back(lodex::constant_property(model, "ONE", 1));
+    lodex::CornerPointGrid* six = lodex::add_grid("six", std::move(model));
+    const auto values = std::get<std::span<const float>>(six->property_db()->find("ONE")->values());
+    const auto means = [&](const std::vector<int>& units, const char* method) {
+        EXPECT_TRUE(manager->execute(six, to_list(units), 0, method, "everywhere", false, 1, -1));
+        return manager->getFlowAvrgList();
+    };
+    const auto poke = [&](float value) {
+        std::fill_n(const_cast<float*>(values.data()), values.size(), value);
+    };
+    EXPECT_EQ(means({1, 1, 2, 2, 2, 2}, "Median"), (std::vector<float>{1, 1}));
+    poke(5);
+    EXPECT_EQ(means({1, 1, 2, 2, 3, 3}, "Median"), (std::vector<float>{1, 5, 5})) << "the first unit stays";
+    poke(7);
+    EXPECT_EQ(means({1, 1, 2, 2, 2, 2}, "Median"), (std::vector<float>{1, 1})) << "back again, and known";
+    EXPECT_EQ(means({1, 1, 2, 3, 3, 3}, "Median"), (std::vector<float>{1, 1, 7})) << "one layer is its own unit";
+    // What can be joined is put together from the layers; no cell is read again.
+    poke(1);
+    EXPECT_EQ(means({1, 1, 2, 2, 2, 2}, "Arithmetic"), (std::vector<float>{1, 1}));
+    poke(5);
+    EXPECT_EQ(means({1, 2, 3, 3, 3, 4}, "Arithmetic"), (std::vector<float>{1, 1, 1, 1}));
 }

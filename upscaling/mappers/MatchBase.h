@@ -23,7 +23,7 @@ inline constexpr double clear_majority = 2.0 / 3;
 /// What all matched grids have in common: which cells take part, lists of fine cells in compressed rows, fault blocks,
 /// warnings with counts, and the rules that a sample obeys whatever the mapper.
 ///
-/// A derived class fills the mapping in its constructor by set_owners() or set_boxes(), then calls finish().
+/// A derived class fills the mapping in its constructor by find_owners() or set_boxes(), then calls finish().
 class MatchBase : public Lodex::MatchedGrids {
 public:
     [[nodiscard]] const Lodex::CellMapping& mapping() const final { return mapping_; }

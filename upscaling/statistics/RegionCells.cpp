@@ -18,13 +18,18 @@ namespace {
 constexpr std::string_view every_cell = "everywhere";
 constexpr std::string_view every_region = "all_regions";
 
+/// What stands between the "+", without the blanks around it; nothing for an empty piece.
 std::vector<std::string> pieces_of(std::string_view list)
 {
+    constexpr std::string_view blanks = " \t";
     std::vector<std::string> pieces;
     for (std::size_t start = 0; start <= list.size();) {
         const std::size_t end = std::min(list.find('+', start), list.size());
-        if (end > start)
-            pieces.emplace_back(list.substr(start, end - start));
+        std::string_view piece = list.substr(start, end - start);
+        piece.remove_prefix(std::min(piece.find_first_not_of(blanks), piece.size()));
+        piece = piece.substr(0, piece.find_last_not_of(blanks) + 1);
+        if (!piece.empty())
+            pieces.emplace_back(piece);
         start = end + 1;
     }
     return pieces;

@@ -1,21 +1,13 @@
 #include "Block.h"
 
+#include "Vectors.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace Kelvane::flow {
 
 namespace {
-
-double dot(const Vector3& a, const Vector3& b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-Vector3 cross(const Vector3& a, const Vector3& b)
-{
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
 
 Vector3 without(const Vector3& v, const Vector3& axis)
 {
