@@ -1,6 +1,8 @@
 #include "BatchRunner.h"
 
 #include "lodex/utils/AtomicFile.h"
+#include "lodex/utils/FileError.h"
+#include "lodex/utils/Version.h"
 #include "lodex/interpreter/Interpreter.h"
 
 #include <Lodex/utils/Logger.h>
@@ -9,11 +11,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <optional>
+#include <system_error>
 
 namespace lodex {
 
@@ -90,20 +93,36 @@ ordered_json report(const std::vector<Run>& runs, const ordered_json& messages)
             commands.push_back(std::move(entry));
         }
     }
-    return {{"version", LODEX_VERSION},
+    return {{"version", program_version()},
             {"inputs", std::move(inputs)},
             {"statistics", {{"commands", commands.size()}, {"failed", failed}}},
             {"commands", std::move(commands)},
             {"messages", messages}};
 }
 
-std::optional<std::string> read_script(const std::string& path)
+/// The whole script, from a file or a pipe. Throws FileError.
+std::string read_script(const std::string& path)
 {
+    constexpr std::size_t longest = std::size_t{256} << 20; // a device may never end
+    constexpr std::size_t block = std::size_t{64} << 10;
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        throw FileError(path, 0, "is a folder, expected a script");
     std::ifstream in(path, std::ios::binary);
-    if (!in || std::filesystem::is_directory(path))
-        return std::nullopt;
-    std::string text{std::istreambuf_iterator<char>(in), {}};
-    return in.bad() ? std::nullopt : std::optional(std::move(text));
+    if (!in)
+        throw FileError(path, 0, "the script cannot be read: " + std::generic_category().message(errno));
+    std::string text;
+    while (in) {
+        const std::size_t used = text.size();
+        if (used > longest)
+            throw FileError(path, 0, "the script is too long: more than " + std::to_string(longest) + " bytes");
+        text.resize(used + block);
+        in.read(text.data() + used, static_cast<std::streamsize>(block));
+        text.resize(used + static_cast<std::size_t>(in.gcount()));
+    }
+    if (in.bad())
+        throw FileError(path, 0, "the script cannot be read to its end");
+    return text;
 }
 
 /// False when the file cannot be written; the reason is on standard error.
@@ -126,12 +145,12 @@ ExitStatus run_batch(const BatchOptions& options)
 {
     std::vector<std::pair<std::string, std::string>> submissions; // source, text
     for (const std::string& path : options.scripts) {
-        std::optional<std::string> text = read_script(path);
-        if (!text) {
-            std::cerr << path << ": the script cannot be read\n";
+        try {
+            submissions.emplace_back(path, read_script(path));
+        } catch (const FileError& error) {
+            std::cerr << error.what() << '\n';
             return BadUsage;
         }
-        submissions.emplace_back(path, std::move(*text));
     }
     for (const std::string& text : options.texts)
         submissions.emplace_back(std::string(), text);

@@ -2,9 +2,11 @@
 
 #include "BatchRunner.h"
 #include "Comparison.h"
+#include "ProjectInfo.h"
 #include "lodex/gridio/GridFormat.h"
 #include "lodex/interpreter/Verb.h"
 #include "lodex/utils/LogSinks.h"
+#include "lodex/utils/Version.h"
 #include "lodex/volumes/CornerPointGrid.h"
 #include "upscaling/OperatorPage.h"
 
@@ -17,7 +19,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <unistd.h>
 
@@ -30,6 +34,17 @@ volatile std::sig_atomic_t interrupted = 0;
 void on_interrupt(int)
 {
     interrupted = 1;
+}
+
+/// A wish to stop ends the running command, and a file that may not grow is an error of that file. What whoever started
+/// the program wants ignored (nohup, a job in the background) stays ignored.
+void set_signal_handlers()
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (std::signal(signal, on_interrupt) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+    }
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 /// Progress on standard error where that is a terminal; an interrupt ends the running command.
@@ -86,6 +101,8 @@ int show_verbs(bool json, bool markdown)
 
 int show_info(const std::string& path, bool json)
 {
+    if (is_project(path))
+        return show_project(path, json) ? AllDone : CommandFailed;
     if (!import_model(path, "model"))
         return CommandFailed;
     const auto results = Interpreter::instance().run("lodex report sgrid model");
@@ -132,7 +149,7 @@ int compare(const std::string& a, const std::string& b, const Tolerance& toleran
 int main(int argc, char** argv)
 {
     CLI::App app{"Runs command scripts on stratigraphic grids.", "lodex"};
-    app.set_version_flag("--version", std::string("lodex ") + LODEX_VERSION);
+    app.set_version_flag("--version", std::string("lodex ") + program_version());
     BatchOptions options;
     bool quiet = false;
     int threads = 0;
@@ -181,8 +198,7 @@ int main(int argc, char** argv)
         return app.exit(error) == 0 ? AllDone : BadUsage;
     }
 
-    std::signal(SIGINT, on_interrupt);
-    std::signal(SIGTERM, on_interrupt);
+    set_signal_handlers();
     Lodex::Lodex_volumes_init::initialize();
     std::optional<tbb::global_control> limit;
     if (threads > 0)
@@ -193,20 +209,32 @@ int main(int argc, char** argv)
     Lodex::ProgressTracer::set_sink(&progress);
 
     int status = BadUsage;
-    if (verbs->parsed())
-        status = show_verbs(verbs_json, verbs_markdown);
-    else if (operators->parsed())
-        status = show_operators();
-    else if (help->parsed())
-        status = show_help(help_words);
-    else if (info->parsed())
-        status = show_info(model, info_json);
-    else if (comparison->parsed())
-        status = compare(first, second, tolerance);
-    else if (run->parsed() || !options.texts.empty())
-        status = run_batch(options);
-    else
-        std::cerr << app.help();
+    try {
+        if (verbs->parsed())
+            status = show_verbs(verbs_json, verbs_markdown);
+        else if (operators->parsed())
+            status = show_operators();
+        else if (help->parsed())
+            status = show_help(help_words);
+        else if (info->parsed())
+            status = show_info(model, info_json);
+        else if (comparison->parsed())
+            status = compare(first, second, tolerance);
+        else if (run->parsed() || !options.texts.empty())
+            status = run_batch(options);
+        else
+            std::cerr << app.help();
+    } catch (const std::bad_alloc&) {
+        std::cerr << "error: not enough memory\n";
+        status = CommandFailed;
+    } catch (const std::exception& error) {
+        std::cerr << "error: " << error.what() << '\n';
+        status = CommandFailed;
+    }
+    if (!std::cout.flush()) {
+        std::cerr << "error: standard output cannot be written\n";
+        status = CommandFailed;
+    }
 
     Lodex::ProgressTracer::set_sink(nullptr);
     return status;

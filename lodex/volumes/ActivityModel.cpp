@@ -25,8 +25,8 @@ GridActivityModel::~GridActivityModel() = default;
 void GridActivityModel::rebuild()
 {
     layers_.clear();
-    const double scale = grid_unit_scale(grid_.model());
-    for (const LayerData& layer : grid_.model().layers)
+    const double scale = grid_unit_scale(grid_.header());
+    for (const LayerData& layer : grid_.header().layers)
         layers_.push_back(std::make_unique<GridLayer>(layer, scale));
 }
 
@@ -45,7 +45,7 @@ LayerInfo* GridActivityModel::layer(long index) const
 
 long GridActivityModel::layer_index(long k) const
 {
-    return static_cast<long>(lodex::layer_index(grid_.model().layers, k));
+    return static_cast<long>(lodex::layer_index(grid_.header().layers, k));
 }
 
 std::vector<Lodex::SGridActivity*> GridActivityModel::activities() const
@@ -151,6 +151,21 @@ private:
     GridCoarseningData data_;
 };
 
+std::string coarsening_statement(const Lodex::SGrid& grid, const std::string& name)
+{
+    return "lodex on SGrid " + grid.name().str() + " create_coarsening_activity " + quoted(name) + " modifications ";
+}
+
+/// Writes every modification that is added from now on to the journal, under the name that the grid has then. The
+/// activity belongs to the grid.
+void journal_modifications(CoarseningActivity& activity, const Lodex::SGrid& grid)
+{
+    activity.grid_coarsening_data()->set_listener(
+        [&grid, name = activity.name().str()](const GridCoarseningData::Modification& added) {
+            Interpreter::instance().append_to_journal(coarsening_statement(grid, name) + modification_text(added));
+        });
+}
+
 /// Registers "result came from source" with both grids; null when no record says so or the sizes disagree.
 template <class Activity, class Data>
 Activity* register_relation(Lodex::SGrid* source, Lodex::SGrid* result, std::unique_ptr<Data> data, const std::string& verb)
@@ -159,7 +174,7 @@ Activity* register_relation(Lodex::SGrid* source, Lodex::SGrid* result, std::uni
         return nullptr;
     CornerPointGrid& from = as_grid(source);
     CornerPointGrid& to = as_grid(result);
-    const DerivationRecord* record = find_record(to.model(), from.model().id);
+    const DerivationRecord* record = find_record(to.header(), from.header().id);
     if (!record || !sizes_agree(*record, model_modifications(*data)))
         return nullptr;
     const std::string modifications = to_text(*data);
@@ -169,8 +184,9 @@ Activity* register_relation(Lodex::SGrid* source, Lodex::SGrid* result, std::uni
         to.activities().add(activity);
     from.notify();
     to.notify();
+    // In quotes: a word of the name may be a keyword of this verb.
     Interpreter::instance().append_to_journal("lodex on SGrid " + source->name().str() + " " + verb + " result " +
-                                              result->name().str() + " modifications " + modifications);
+                                              quoted(result->name().str()) + " modifications " + modifications);
     return activity.get();
 }
 
@@ -228,6 +244,23 @@ std::unique_ptr<GridRefinementData> refinement_from_text(const std::string& text
     return data;
 }
 
+std::shared_ptr<Lodex::SGridActivity> restored_upgridding(std::string name, GridCoarseningData data)
+{
+    return std::make_shared<UpgriddingActivity>(std::move(name), std::move(data));
+}
+
+std::shared_ptr<Lodex::SGridActivity> restored_downgridding(std::string name, GridRefinementData data)
+{
+    return std::make_shared<DowngriddingActivity>(std::move(name), std::move(data));
+}
+
+std::shared_ptr<Lodex::SGridActivity> restored_coarsening(const CornerPointGrid& grid, std::string name, GridCoarseningData data)
+{
+    const auto activity = std::make_shared<CoarseningActivity>(std::move(name), std::move(data));
+    journal_modifications(*activity, grid);
+    return activity;
+}
+
 } // namespace lodex
 
 namespace Lodex {
@@ -255,17 +288,14 @@ SGridGridCoarseningModificationActivityData::create_coarsening_activity(SGrid* g
         return nullptr;
     lodex::CornerPointGrid& target = lodex::as_grid(grid);
     try {
-        (void)lodex::merge_sections_of(lodex::model_modifications(*owned), target.model().size);
+        (void)lodex::merge_sections_of(lodex::model_modifications(*owned), target.header().size);
     } catch (const lodex::ModelError&) {
         return nullptr;
     }
     const auto activity = std::make_shared<lodex::CoarseningActivity>(name.str(), *owned);
-    const std::string statement =
-        "lodex on SGrid " + grid->name().str() + " create_coarsening_activity " + lodex::quoted(name.str()) + " modifications ";
-    lodex::Interpreter::instance().append_to_journal(statement + lodex::to_text(*owned));
-    activity->grid_coarsening_data()->set_listener([statement](const GridCoarseningData::Modification& added) {
-        lodex::Interpreter::instance().append_to_journal(statement + lodex::modification_text(added));
-    });
+    lodex::Interpreter::instance().append_to_journal(lodex::coarsening_statement(*grid, name.str()) +
+                                                     lodex::to_text(*owned));
+    lodex::journal_modifications(*activity, *grid);
     target.activities().add(activity);
     target.notify();
     return activity.get();

@@ -34,6 +34,13 @@ private:
     std::vector<std::shared_ptr<Lodex::SGridActivity>> activities_;
 };
 
+/// Activities as they were, from a file: registered with no grid and not journalled. A modification that is added to a
+/// coarsening later goes to the journal as one of this grid.
+[[nodiscard]] std::shared_ptr<Lodex::SGridActivity> restored_upgridding(std::string name, Lodex::GridCoarseningData data);
+[[nodiscard]] std::shared_ptr<Lodex::SGridActivity> restored_downgridding(std::string name, Lodex::GridRefinementData data);
+[[nodiscard]] std::shared_ptr<Lodex::SGridActivity> restored_coarsening(const CornerPointGrid& grid, std::string name,
+                                                                        Lodex::GridCoarseningData data);
+
 /// Text form of modifications in statements: groups of axis (1: I, 2: J, 3: K), first, last (1-based) and step, all joined
 /// by "+".
 [[nodiscard]] std::string to_text(const Lodex::GridCoarseningData& data);

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <new>
 
 namespace Lodex {
 
@@ -51,21 +53,42 @@ CornerPointGrid::CornerPointGrid(Lodex::CString name, GridModel model)
     rebuild();
 }
 
+CornerPointGrid::CornerPointGrid(Lodex::CString name, GridModel header, std::shared_ptr<GridArrays> arrays)
+    : SGrid(std::move(name)), model_(std::move(header)), pending_(std::move(arrays), model_),
+      lattice_(std::make_unique<NodeLattice>(*this)), properties_(std::make_unique<GridProperties>(*this)),
+      activities_(std::make_unique<GridActivityModel>(*this))
+{
+    rebuild();
+}
+
 CornerPointGrid::~CornerPointGrid() = default;
 
 void CornerPointGrid::rebuild()
 {
     properties_->rebuild();
-    regions_.clear();
+    std::vector<std::unique_ptr<GridRegion>> regions;
     for (std::size_t i = 0; i < model_.regions.size(); ++i)
-        regions_.push_back(std::make_unique<GridRegion>(*this, i));
+        regions.push_back(std::make_unique<GridRegion>(*this, i));
+    regions_ = std::move(regions);
     activities_->rebuild();
 }
 
 void CornerPointGrid::change(const std::function<void(GridModel&)>& f)
 {
+    pending_.bring_or_replace_all(model_);
+    // Set aside for what follows the change: that is not undone any more, and must not fail for want of memory.
+    constexpr std::size_t bytes_per_item = 1024;
+    auto spare = std::make_unique<std::byte[]>(bytes_per_item * (16 + model_.properties.size() + model_.regions.size()));
     f(model_);
-    rebuild();
+    ++revision_;
+    try {
+        pending_.follow(model_);
+        rebuild();
+    } catch (const std::bad_alloc&) {
+        spare.reset();
+        pending_.follow(model_);
+        rebuild();
+    }
     notify();
 }
 
@@ -131,8 +154,10 @@ std::optional<Lodex::IndexRelation> CornerPointGrid::relation_to(const Lodex::SG
 
 std::span<const double> CornerPointGrid::bulk_volumes() const
 {
-    if (volumes_.empty())
-        volumes_ = cell_volumes(model_);
+    if (volumes_.empty()) {
+        (void)with({GridArray::Pillars});
+        volumes_ = cell_volumes(with({GridArray::CornerDepths}));
+    }
     return volumes_;
 }
 

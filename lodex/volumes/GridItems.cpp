@@ -16,19 +16,24 @@ const Lodex::CString& GridProperty::unit() const
 
 Lodex::Property::Values GridProperty::values() const
 {
-    return std::visit([](const auto& v) -> Values { return std::span(v); }, data().values);
+    const PropertyData& there = grid_.with({GridArray::PropertyValues, position_}).properties[position_];
+    return std::visit([](const auto& v) -> Values { return std::span(v); }, there.values);
 }
 
 void GridProperties::rebuild()
 {
+    // New ones are made first: when memory runs out the former ones are still in their places.
     std::vector<std::unique_ptr<GridProperty>> items;
-    const auto& properties = grid_.model().properties;
+    const auto& properties = grid_.header().properties;
+    const auto former = [this](const std::string& name) {
+        return std::ranges::find_if(items_, [&](const auto& item) { return item && item->name().str() == name; });
+    };
+    for (const PropertyData& property : properties)
+        items.push_back(former(property.name) != items_.end() ? nullptr : std::make_unique<GridProperty>(grid_, property.name));
     for (std::size_t i = 0; i < properties.size(); ++i) {
-        const auto former = std::ranges::find_if(
-            items_, [&](const auto& item) { return item && item->name().str() == properties[i].name; });
-        items.push_back(former != items_.end() ? std::move(*former)
-                                               : std::make_unique<GridProperty>(grid_, properties[i].name));
-        items.back()->set_position(i);
+        if (!items[i])
+            items[i] = std::move(*former(properties[i].name));
+        items[i]->set_position(i);
     }
     items_ = std::move(items);
 }

@@ -17,7 +17,7 @@ public:
     GridProperty(const CornerPointGrid& grid, const std::string& name) : grid_(grid), name_(name), style_(name) {}
 
     void set_position(std::size_t position) { position_ = position; }
-    [[nodiscard]] const PropertyData& data() const { return grid_.model().properties[position_]; }
+    [[nodiscard]] const PropertyData& data() const { return grid_.header().properties[position_]; }
 
     [[nodiscard]] const Lodex::CString& name() const override { return name_; }
     [[nodiscard]] const Lodex::CString& unit() const override;
@@ -55,15 +55,18 @@ private:
 class GridRegion final : public Lodex::Region {
 public:
     GridRegion(const CornerPointGrid& grid, std::size_t position)
-        : grid_(grid), name_(grid.model().regions[position].name), position_(position)
+        : grid_(grid), name_(grid.header().regions[position].name), position_(position)
     {
     }
     [[nodiscard]] const Lodex::CString& name() const override { return name_; }
-    [[nodiscard]] std::span<const std::uint8_t> flags() const override { return data().flags; }
+    [[nodiscard]] std::span<const std::uint8_t> flags() const override
+    {
+        return grid_.with({GridArray::RegionFlags, position_}).regions[position_].flags;
+    }
     [[nodiscard]] bool is_model_region() const override { return data().model; }
 
 private:
-    [[nodiscard]] const RegionData& data() const { return grid_.model().regions[position_]; }
+    [[nodiscard]] const RegionData& data() const { return grid_.header().regions[position_]; }
     const CornerPointGrid& grid_;
     Lodex::CString name_;
     std::size_t position_;
@@ -89,9 +92,9 @@ private:
 class NodeLattice final : public Lodex::SGridCube {
 public:
     explicit NodeLattice(const CornerPointGrid& grid) : grid_(grid) {}
-    [[nodiscard]] long nu() const override { return static_cast<long>(grid_.model().size[0]) + 1; }
-    [[nodiscard]] long nv() const override { return static_cast<long>(grid_.model().size[1]) + 1; }
-    [[nodiscard]] long nw() const override { return static_cast<long>(grid_.model().size[2]) + 1; }
+    [[nodiscard]] long nu() const override { return static_cast<long>(grid_.header().size[0]) + 1; }
+    [[nodiscard]] long nv() const override { return static_cast<long>(grid_.header().size[1]) + 1; }
+    [[nodiscard]] long nw() const override { return static_cast<long>(grid_.header().size[2]) + 1; }
     [[nodiscard]] bool local_coordinates(const std::array<double, 3>& point, std::array<double, 3>& uvw) const override;
 
 private:

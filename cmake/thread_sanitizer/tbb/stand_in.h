@@ -178,6 +178,45 @@ private:
     std::size_t former_;
 };
 
+/// Work beside that of the thread that waits for it.
+class task_group {
+public:
+    task_group() = default;
+    ~task_group() { join(); }
+    task_group(const task_group&) = delete;
+    task_group& operator=(const task_group&) = delete;
+    template <class Work> void run(Work work)
+    {
+        threads_.emplace_back([this, work] {
+            try {
+                work();
+            } catch (...) {
+                const std::lock_guard lock(guard_);
+                if (!failure_)
+                    failure_ = std::current_exception();
+            }
+        });
+    }
+    void wait()
+    {
+        join();
+        if (failure_)
+            std::rethrow_exception(std::exchange(failure_, nullptr));
+    }
+
+private:
+    void join()
+    {
+        for (std::thread& one : threads_)
+            one.join();
+        threads_.clear();
+    }
+
+    std::mutex guard_;
+    std::exception_ptr failure_;
+    std::vector<std::thread> threads_;
+};
+
 namespace this_task_arena {
 inline int max_concurrency()
 {
