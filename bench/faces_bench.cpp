@@ -2,8 +2,8 @@
 //
 // faces_bench [NI NJ NK] [repeats]
 //
-// Printed: the time of the outer faces of the example field and of one painted section along each axis, with the number
-// of faces; the time that reading the corner depths once takes on as many threads; and the peak of the resident memory
+// Printed: the time of the outer faces of the example field, of one painted section along each axis and of the parts of
+// a ragged threshold, with the number of faces; the time that reading the corner depths once takes on as many threads; and the peak of the resident memory
 // against what the model holds.
 
 #include "lodex/gviews/faces/GridFaces.h"
@@ -83,6 +83,23 @@ int main(int argc, char** argv)
             best_of(repeats, [&] { count = lodex::visible_faces(model, lodex::ShownCells(model, sections)).size(); });
         std::printf("section along %c              %8.1f ms %9zu faces\n", "IJK"[axis], 1e3 * section, count);
     }
+    // A threshold that leaves a ragged part: as many faces as the surface and half of that again.
+    const lodex::ShownCells all(model, lodex::CellFilter());
+    const lodex::FaceList surface = lodex::list_visible_faces(model, all).value();
+    const std::size_t most = surface.faces + surface.faces / 2;
+    lodex::CellFilter filter;
+    filter.threshold = lodex::CellThreshold{"PORO", 0.15, {}, {}};
+    const double flags = best_of(repeats, [&] { count = lodex::ShownCells(model, filter).flags().size(); });
+    std::printf("%-28s %8.1f ms\n", "threshold, flags", 1e3 * flags);
+    const lodex::ShownCells shown(model, filter);
+    const double guess = best_of(repeats, [&] { count = lodex::guess_visible_faces(model, shown); });
+    std::printf("%-28s %8.1f ms %9zu faces\n", "threshold, guess", 1e3 * guess, count);
+    lodex::FaceList near;
+    const double nearest =
+        best_of(repeats, [&] { near = lodex::nearest_faces(model, shown, all, surface, most); });
+    std::printf("%-28s %8.1f ms %9zu faces\n", "threshold, nearest faces", 1e3 * nearest, near.faces);
+    const double points = best_of(repeats, [&] { count = lodex::faces_of(model, near).size(); });
+    std::printf("%-28s %8.1f ms\n", "their points", 1e3 * points);
     const double outline = best_of(repeats, [&] { count = lodex::grid_outline(model).size(); });
     std::printf("%-28s %8.1f ms %9zu lines\n", "outline", 1e3 * outline, count);
     std::printf("peak of the memory %.0f MB, %.0f MB before\n", peak_megabytes(), before);

@@ -8,6 +8,7 @@
 // some fine cells and whether its answers agree; time of a sample of a coarse cell; peak of the resident memory against
 // inputs and outputs. One thread is told in processor time, which a busy machine does not change much.
 
+#include "Timing.h"
 #include "tests/upscaling_mappers/brute_force.h"
 
 #include "lodex/volumes/CornerPointGrid.h"
@@ -21,12 +22,7 @@
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -41,15 +37,12 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using lodex::CornerPointGrid;
 using lodex::GridModel;
 
-double seconds_of(const std::function<void()>& work)
+double wall_seconds_of(const std::function<void()>& work)
 {
-    const auto start = Clock::now();
-    work();
-    return std::chrono::duration<double>(Clock::now() - start).count();
+    return bench::time_of(work).wall;
 }
 
 // Processor time of the whole process: what a busy machine does to the clock does not count.
@@ -58,21 +51,6 @@ double cpu_seconds_of(const std::function<void()>& work)
     const std::clock_t start = std::clock();
     work();
     return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
-
-double peak_mb()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
-}
-
-double resident_mb()
-{
-    std::ifstream statm("/proc/self/statm");
-    double pages = 0, resident = 0;
-    statm >> pages >> resident;
-    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
 }
 
 double megabytes(const GridModel& model)
@@ -127,7 +105,7 @@ std::unique_ptr<Lodex::MatchedGrids> match(const char* mapper, const Grids& grid
 }
 
 double best_of(int repeats, const std::function<void()>& work,
-               double (*seconds)(const std::function<void()>&) = seconds_of)
+               double (*seconds)(const std::function<void()>&) = wall_seconds_of)
 {
     double best = std::numeric_limits<double>::infinity();
     for (int n = 0; n < repeats; ++n)
@@ -186,7 +164,7 @@ void measure_brute_force(const lodex::GridSize& size, int repeats)
             points.push_back(lodex::cell_centre(lodex::cell_corners(
                 fine, cell % size[0], cell / size[0] % size[1], cell / size[0] / size[1])));
     std::vector<std::int64_t> expected, found;
-    const double brute = seconds_of([&] {
+    const double brute = wall_seconds_of([&] {
         for (const auto& point : points)
             expected.push_back(brute_force::find(cells, point));
     });
@@ -250,36 +228,17 @@ void measure_memory(const lodex::GridSize& size, const char* mapper, bool faults
     const auto grids = make_grids(size);
     // The peak so far is that of making the grids: only what stands above what is resident now tells.
     std::ofstream("/proc/self/clear_refs") << 5;
-    const double before = resident_mb();
+    const double before = bench::memory("VmRSS:") / 1e6;
     const auto matched = match(mapper, *grids, faults);
     const double inputs = megabytes(grids->fine.model()) + megabytes(grids->coarse.model());
     const auto& mapping = matched->mapping();
     const double outputs = static_cast<double>(8 * (mapping.offsets.size() + mapping.cells.size())) / 1e6;
-    std::ifstream status("/proc/self/status");
-    double peak = peak_mb();
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmHWM:"))
-            peak = std::strtod(line.c_str() + 6, nullptr) * 1024 / 1e6;
+    const double peak = bench::memory("VmHWM:") / 1e6;
     std::printf("%s%s: inputs %.0f MB, outputs %.0f MB, peak above what was resident %.0f MB: (inputs + that) / "
                 "(inputs + outputs) = %.2f\n",
                 mapper, faults ? ", faults" : "", inputs, outputs, peak - before,
                 (inputs + peak - before) / (inputs + outputs));
     std::fflush(stdout);
-}
-
-// The threads of a process do not live on in its children: all work is done in children.
-int in_child(const std::function<void()>& work)
-{
-    std::fflush(stdout);
-    const pid_t child = fork();
-    if (child == 0) {
-        work();
-        std::fflush(stdout);
-        std::_Exit(0);
-    }
-    int status = 1;
-    waitpid(child, &status, 0);
-    return status == 0 ? 0 : 1;
 }
 
 } // namespace
@@ -291,15 +250,15 @@ int main(int argc, char** argv)
         size[static_cast<std::size_t>(axis)] = std::max(1LL, std::atoll(argv[1 + axis]));
     const int repeats = std::max(1, argc > 4 ? std::atoi(argv[4]) : 3);
     std::printf("%u threads\n", std::thread::hardware_concurrency());
-    int failures = in_child([&] { measure_mappers(size, repeats, true); });
+    bool done = bench::in_child([&] { measure_mappers(size, repeats, true); });
     const lodex::GridSize quarter{std::max<std::int64_t>(1, size[0] / 2), std::max<std::int64_t>(1, size[1] / 2),
                                   size[2]};
-    failures += in_child([&] { measure_mappers(quarter, repeats, false); });
-    failures += in_child([&] { measure_mappers({2 * size[0], 2 * size[1], size[2]}, repeats, false); });
-    failures += in_child([&] { measure_brute_force(size, repeats); });
-    failures += in_child([&] { measure_samples(size, repeats); });
+    done &= bench::in_child([&] { measure_mappers(quarter, repeats, false); });
+    done &= bench::in_child([&] { measure_mappers({2 * size[0], 2 * size[1], size[2]}, repeats, false); });
+    done &= bench::in_child([&] { measure_brute_force(size, repeats); });
+    done &= bench::in_child([&] { measure_samples(size, repeats); });
     for (const char* mapper : {"geometric", "stratigraphic", "parametric"})
         for (const bool faults : {false, true})
-            failures += in_child([&] { measure_memory({2 * size[0], 2 * size[1], size[2]}, mapper, faults); });
-    return failures;
+            done &= bench::in_child([&] { measure_memory({2 * size[0], 2 * size[1], size[2]}, mapper, faults); });
+    return done ? 0 : 1;
 }

@@ -9,110 +9,18 @@
 // does who starts the program; and the peak of the resident memory of the first subdivision against what source and
 // result hold.
 
+#include "GridCopies.h"
+
 #include "lodex/volumes/model/Create.h"
 #include "lodex/volumes/model/Subdivide.h"
 
-#include <tbb/parallel_for.h>
-
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <span>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using lodex::GridModel;
-
-double seconds_of(const std::function<void()>& work)
-{
-    const auto start = Clock::now();
-    work();
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-// All numbers of a grid, array by array.
-std::vector<std::span<const std::byte>> arrays_of(const GridModel& model)
-{
-    std::vector<std::span<const std::byte>> arrays;
-    const auto add = [&](const auto& numbers) {
-        arrays.push_back(std::as_bytes(std::span(numbers)));
-    };
-    model.coord.visit([&](auto numbers) { add(numbers); });
-    model.zcorn.visit([&](auto numbers) { add(numbers); });
-    add(model.active);
-    for (const auto& property : model.properties)
-        std::visit(add, property.values);
-    for (const auto& region : model.regions)
-        add(region.flags);
-    return arrays;
-}
-
-std::size_t bytes_of(const GridModel& model)
-{
-    std::size_t bytes = 0;
-    for (const auto& array : arrays_of(model))
-        bytes += array.size();
-    return bytes;
-}
-
-struct CopyTimes {
-    double fresh = 0; // into memory not touched before, which is what a subdivision writes to
-    double again = 0; // once more into the same memory
-};
-
-// Copies the bytes on all threads.
-CopyTimes copy_seconds(const std::vector<std::span<const std::byte>>& arrays)
-{
-    std::vector<std::unique_ptr<std::byte[]>> copies;
-    for (const auto& array : arrays)
-        copies.push_back(std::make_unique_for_overwrite<std::byte[]>(array.size()));
-    const auto copy = [&] {
-        for (std::size_t a = 0; a < arrays.size(); ++a) {
-            constexpr std::size_t piece = 1 << 20;
-            tbb::parallel_for(std::size_t{0}, (arrays[a].size() + piece - 1) / piece, [&](std::size_t n) {
-                const std::size_t first = n * piece;
-                std::memcpy(copies[a].get() + first, arrays[a].data() + first,
-                            std::min(piece, arrays[a].size() - first));
-            });
-        }
-    };
-    CopyTimes times;
-    times.fresh = seconds_of(copy);
-    times.again = seconds_of(copy);
-    for (std::size_t a = 0; a < arrays.size(); ++a)
-        if (std::memcmp(copies[a].get(), arrays[a].data(), arrays[a].size()) != 0)
-            std::abort();
-    return times;
-}
-
-double resident_mb()
-{
-    std::ifstream statm("/proc/self/statm");
-    double pages = 0, resident = 0;
-    statm >> pages >> resident;
-    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
-}
-
-double peak_mb()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) * 1024 / 1e6;
-}
 
 // Every section in two: evenly, or a cell of the given thickness (a fraction of the mean one) and the rest.
 lodex::SubdivideRequest every_section(const GridModel& model, int axis, bool by_thickness)
@@ -141,23 +49,23 @@ void measure(lodex::GridSize size, int axis, bool by_thickness, int repeats)
     divided = std::max<std::int64_t>(divided / 2, 1);
     const GridModel source = lodex::make_example(size);
     const lodex::SubdivideRequest request = every_section(source, axis, by_thickness);
-    const double before = resident_mb();
+    const double before = bench::memory("VmRSS:") / 1e6;
     std::vector<double> times, fresh_copies, copies_again;
     lodex::SubdivideReport report;
     double result_mb = 0;
     double peak = 0;
     for (int n = 0; n < repeats; ++n) {
         GridModel result;
-        times.push_back(seconds_of([&] { result = lodex::subdivide_sections(source, request, report); }));
+        times.push_back(bench::time_of([&] { result = lodex::subdivide_sections(source, request, report); }).wall);
         if (n == 0)
-            peak = peak_mb();
-        result_mb = static_cast<double>(bytes_of(result)) / 1e6;
-        const CopyTimes in = copy_seconds(arrays_of(source));
-        const CopyTimes out = copy_seconds(arrays_of(result));
+            peak = bench::memory("VmHWM:") / 1e6;
+        result_mb = bench::model_bytes(result) / 1e6;
+        const bench::CopyTimes in = bench::copy_seconds(bench::arrays_of(source));
+        const bench::CopyTimes out = bench::copy_seconds(bench::arrays_of(result));
         fresh_copies.push_back(in.fresh + out.fresh);
         copies_again.push_back(in.again + out.again);
     }
-    const double source_mb = static_cast<double>(bytes_of(source)) / 1e6;
+    const double source_mb = bench::model_bytes(source) / 1e6;
     const double best = *std::ranges::min_element(times);
     const double fresh = *std::ranges::min_element(fresh_copies);
     const double again = *std::ranges::min_element(copies_again);
@@ -179,21 +87,6 @@ void measure(lodex::GridSize size, int axis, bool by_thickness, int repeats)
     std::fflush(stdout);
 }
 
-// The threads of a process do not live on in its children: all work is done in children.
-int in_child(const std::function<void()>& work)
-{
-    std::fflush(stdout);
-    const pid_t child = fork();
-    if (child == 0) {
-        work();
-        std::fflush(stdout);
-        std::_Exit(0);
-    }
-    int status = 1;
-    waitpid(child, &status, 0);
-    return status == 0 ? 0 : 1;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -203,9 +96,9 @@ int main(int argc, char** argv)
         size[static_cast<std::size_t>(axis)] = std::max(1LL, std::atoll(argv[1 + axis]));
     const int repeats = std::max(1, argc > 4 ? std::atoi(argv[4]) : 5);
     std::printf("%u threads\n", std::thread::hardware_concurrency());
-    int failed = 0;
+    bool done = true;
     for (int axis = 0; axis < 3; ++axis)
         for (const bool by_thickness : {false, true})
-            failed += in_child([&] { measure(size, axis, by_thickness, repeats); });
-    return failed ? 1 : 0;
+            done &= bench::in_child([&] { measure(size, axis, by_thickness, repeats); });
+    return done ? 0 : 1;
 }

@@ -35,8 +35,8 @@ private:
 
 } // namespace
 
-LQSGSectionEditor::LQSGSectionEditor(LQSGManualAxisEditorMngr* manager, int from, int to)
-    : from_value_(new Lodex::IntValue(from)), to_value_(new Lodex::IntValue(to)),
+LQSGSectionEditor::LQSGSectionEditor(LQSGManualAxisEditorMngr* manager)
+    : from_value_(new Lodex::IntValue(first_section)), to_value_(new Lodex::IntValue(last_section)),
       pick_from_(new PickTool(from_value_.get(), manager->axis())),
       pick_to_(new PickTool(to_value_.get(), manager->axis())), manager_(manager)
 {
@@ -156,6 +156,19 @@ void LQSGSectionEditor::set_cell(QTableWidget* table, int row, int column, QWidg
     layout->setContentsMargins(3, 2, 3, 2);
     layout->addWidget(widget);
     table->setCellWidget(row, column, cell);
+}
+
+QList<QWidget*> LQSGSectionEditor::with_pick_buttons(std::initializer_list<QSpinBox*> boxes)
+{
+    QList<QWidget*> widgets;
+    for (QSpinBox* box : boxes) {
+        if (!box)
+            continue;
+        widgets.append(box);
+        if (auto* pick = box->parentWidget()->findChild<QToolButton*>("pick_" + box->objectName()))
+            widgets.append(pick);
+    }
+    return widgets;
 }
 
 void LQSGSectionEditor::build_row_buttons(QTableWidget* table, int row, int column)

@@ -9,6 +9,8 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include <initializer_list>
+
 class QSpinBox;
 class QTableWidget;
 
@@ -22,7 +24,8 @@ class LQSGSectionEditor : public QObject {
     Q_OBJECT
 
 public:
-    LQSGSectionEditor(LQSGManualAxisEditorMngr* manager, int from, int to);
+    /// The run is that of a row that no grid bounds yet.
+    explicit LQSGSectionEditor(LQSGManualAxisEditorMngr* manager);
     ~LQSGSectionEditor() override;
 
     /// Makes the row's widgets in that row of the table and connects them.
@@ -63,6 +66,10 @@ public slots:
 protected:
     using PickTool = LQSGridCellSectionSelectToolAction;
 
+    // Bounds of a row that no grid bounds yet.
+    static constexpr int first_section = 1;
+    static constexpr int last_section = 9999;
+
     /// Takes a widget into the row: release() cuts it off, and it does not turn under the wheel while the table
     /// scrolls.
     void adopt(QWidget* widget);
@@ -72,6 +79,8 @@ protected:
     void set_picked_cell(QTableWidget* table, int row, int column, QSpinBox* box, Lodex::IntValue* value,
                          PickTool* tool);
     void set_cell(QTableWidget* table, int row, int column, QWidget* widget);
+    /// The boxes, each with its pick button behind it where it has one; null boxes are left out.
+    [[nodiscard]] static QList<QWidget*> with_pick_buttons(std::initializer_list<QSpinBox*> boxes);
     /// The buttons that add and remove rows, in two columns from this one on.
     void build_row_buttons(QTableWidget* table, int row, int column);
     [[nodiscard]] LQSGManualAxisEditorMngr* manager() const { return manager_; }

@@ -6,7 +6,6 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
-#include <QToolButton>
 
 #include <algorithm>
 
@@ -14,15 +13,12 @@ namespace Kelvane {
 
 namespace {
 
-// Bounds of a row that no grid bounds yet.
-constexpr int first_section = 1;
-constexpr int last_section = 9999;
 constexpr int smallest_step = 2;
 
 } // namespace
 
 LQSGSectionMergeEditor::LQSGSectionMergeEditor(LQSGMergeAxisEditorMngr* manager, bool with_property)
-    : LQSGSectionEditor(manager, first_section, last_section), with_property_(with_property),
+    : LQSGSectionEditor(manager), with_property_(with_property),
       step_value_(new Lodex::IntValue(smallest_step)), property_value_(new Lodex::IntValue(first_section)),
       pick_prop_(new PickTool(property_value_.get(), manager->axis())), merge_manager_(manager)
 {
@@ -101,14 +97,7 @@ void LQSGSectionMergeEditor::set_pick_axis(int axis)
 
 QList<QWidget*> LQSGSectionMergeEditor::tab_order() const
 {
-    QList<QWidget*> order;
-    for (QSpinBox* box : {from_.data(), to_.data(), step_.data(), property_section_.data()}) {
-        if (!box)
-            continue;
-        order.append(box);
-        if (auto* pick = box->parentWidget()->findChild<QToolButton*>("pick_" + box->objectName()))
-            order.append(pick);
-    }
+    QList<QWidget*> order = with_pick_buttons({from_, to_, step_, property_section_});
     order.append({add_button_.data(), remove_button_.data()});
     return order;
 }

@@ -12,7 +12,6 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTableWidget>
-#include <QToolButton>
 
 #include <algorithm>
 #include <array>
@@ -24,9 +23,6 @@ using Lodex::LayerInfo;
 
 namespace {
 
-// Bounds of a row that no grid bounds yet.
-constexpr int first_section = 1;
-constexpr int last_section = 9999;
 constexpr int smallest_amount = 2;
 constexpr int largest_amount = 9999;
 
@@ -39,7 +35,7 @@ constexpr std::array<std::pair<const char*, LayerInfo::LayeringStyle>, 3> layeri
 } // namespace
 
 LQSGSectionSubdivideEditor::LQSGSectionSubdivideEditor(LQSGSubdivideAxisEditorMngr* manager)
-    : LQSGSectionEditor(manager, first_section, last_section), subdivide_manager_(manager)
+    : LQSGSectionEditor(manager), subdivide_manager_(manager)
 {
 }
 
@@ -207,12 +203,8 @@ LayerInfo::LayeringStyle LQSGSectionSubdivideEditor::strati_type_info() const
 
 QList<QWidget*> LQSGSectionSubdivideEditor::tab_order() const
 {
-    QList<QWidget*> order;
-    for (QSpinBox* box : {from_.data(), to_.data()}) {
-        order.append(box);
-        order.append(box->parentWidget()->findChild<QToolButton*>("pick_" + box->objectName()));
-    }
-    order.append({amount_.data(), strati_.data(), thickness_.data(), add_button_.data(), remove_button_.data()});
+    QList<QWidget*> order = with_pick_buttons({from_, to_, amount_});
+    order.append({strati_.data(), thickness_.data(), add_button_.data(), remove_button_.data()});
     return order;
 }
 

@@ -7,6 +7,7 @@
 #include <lodex/geobase/ProjectUnits.h>
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -153,19 +154,33 @@ GObj* GeobaseLib::add(std::unique_ptr<GObj> object)
         throw std::invalid_argument("The name " + quoted(name) + " is taken");
 
     auto entry = std::make_unique<Impl::Entry>();
+    if (!is_style(*object))
+        entry->style = std::make_unique<Style>(name);
+    // Room for it here and, so that destroying needs no memory, among those that go.
+    impl_->entries.reserve(impl_->entries.size() + 1);
+    impl_->going.reserve(impl_->going.size() + impl_->entries.size() + 1);
     if (!is_style(*object)) {
-        entry->style = impl_->take_free_style(name);
-        if (!entry->style)
-            entry->style = std::make_unique<Style>(name);
+        if (auto style = impl_->take_free_style(name))
+            entry->style = std::move(style);
     }
     GObj* const added = object.get();
     entry->object = std::move(object);
     impl_->entries.push_back(std::move(entry));
 
-    lodex::Notification<GeobaseLib>(*this).tell(impl_->observers, [this, added](CatalogueObserver* observer) {
-        if (impl_->holds(added)) // a former observer may have destroyed it
-            observer->object_added(added);
-    });
+    try {
+        lodex::Notification<GeobaseLib>(*this).tell(impl_->observers, [this, added](CatalogueObserver* observer) {
+            if (impl_->holds(added)) // a former observer may have destroyed it
+                observer->object_added(added);
+        });
+    } catch (const std::bad_alloc&) {
+        // Not everybody was told: it was never there. Those who were told hear of its end where memory allows.
+        try {
+            destroy(added);
+        } catch (const std::bad_alloc&) {
+            // gone all the same
+        }
+        throw;
+    }
     return impl_->holds(added) ? added : nullptr;
 }
 
@@ -215,10 +230,10 @@ void GeobaseLib::rename(GObj* object, const CString& name)
 
     const std::unique_ptr<Style> replaced = is_style(*object) ? nullptr : impl_->take_free_style(name);
     Style* const style = (*impl_->position(object))->style.get();
-    const CString former = object->name();
-    object->name_ = name;
+    CString new_name = name, style_name = name; // copied before anything changes
+    const CString former = std::exchange(object->name_, std::move(new_name));
     if (style)
-        static_cast<GObj*>(style)->name_ = name;
+        static_cast<GObj*>(style)->name_ = std::move(style_name);
 
     lodex::Notification<GeobaseLib>(*this).tell(impl_->observers, [&, this](CatalogueObserver* observer) {
         if (impl_->holds(object))

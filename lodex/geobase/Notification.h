@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <vector>
 
 namespace lodex {
@@ -20,7 +22,14 @@ public:
     /// Calls call(observer) for each of the subject's observers in order.
     template <class Observer, class Call> void tell(const std::vector<Observer*>& observers, Call call)
     {
-        const std::vector<Observer*> round = observers;
+        // What is told has happened already: few observers, the usual case, are told without asking for memory.
+        std::array<Observer*, 16> few;
+        std::vector<Observer*> many;
+        if (observers.size() > few.size())
+            many = observers;
+        else
+            std::ranges::copy(observers, few.begin());
+        const std::span<Observer* const> round(many.empty() ? few.data() : many.data(), observers.size());
         for (Observer* observer : round) {
             if (!alive())
                 return;

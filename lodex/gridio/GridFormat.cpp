@@ -1,5 +1,7 @@
 #include <lodex/gridio/GridFormat.h>
 
+#include <lodex/utils/FileRecovery.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -136,6 +138,10 @@ const GridFormat* GridFormats::find(std::string_view name)
 
 const GridFormat& GridFormats::for_reading(const std::filesystem::path& path)
 {
+    // A model may consist of several files, and their writer may have been killed while they changed.
+    std::error_code ignored;
+    const std::filesystem::path file = std::filesystem::canonical(path, ignored);
+    [[maybe_unused]] const bool whole = recover_file_sets((file.empty() ? path : file).parent_path());
     const std::string head = read_head(path);
     const auto formats = all();
     for (const GridFormat* format : formats) {

@@ -1,13 +1,16 @@
 #include "LayerFile.h"
 
 #include <lodex/utils/FileError.h>
+#include "lodex/utils/InputFile.h"
 #include "lodex/utils/Numbers.h"
 
 #include <algorithm>
 #include <cctype>
-#include <fstream>
 #include <optional>
+#include <sstream>
+#include <string>
 #include <string_view>
+#include <utility>
 
 namespace lodex {
 
@@ -40,14 +43,20 @@ public:
             at_ = close + 1;
             return text;
         }
-        // A name without quotes may hold digits ("Zone 2"): it ends before the last "number - number" of the line.
-        std::size_t dash = line_.rfind('-');
-        if (dash == std::string_view::npos || dash < at_)
+        // A name without quotes may hold digits ("Zone 2") and what follows the range may hold dashes ("dark-blue"): the
+        // name ends before the last "number - number" of the line.
+        std::size_t end = line_.size();
+        for (std::size_t dash = line_.rfind('-'); end == line_.size() && dash != std::string_view::npos && dash > at_;
+             dash = line_.rfind('-', dash - 1)) {
+            const std::size_t before = line_.find_last_not_of(blanks, dash - 1);
+            const std::size_t behind = line_.find_first_not_of(blanks, dash + 1);
+            if (before != std::string_view::npos && before >= at_ && is_digit(line_[before]) &&
+                behind != std::string_view::npos && is_digit(line_[behind]))
+                end = before;
+        }
+        if (end == line_.size())
             return {};
-        std::size_t end = dash;
-        while (end > at_ && std::isspace(static_cast<unsigned char>(line_[end - 1])))
-            --end;
-        while (end > at_ && std::isdigit(static_cast<unsigned char>(line_[end - 1])))
+        while (end > at_ && is_digit(line_[end - 1]))
             --end;
         std::string text(line_.substr(at_, end - at_));
         at_ = end;
@@ -60,7 +69,7 @@ public:
     {
         skip_blanks();
         const std::size_t start = at_;
-        while (!at_end() && std::isdigit(static_cast<unsigned char>(line_[at_])))
+        while (!at_end() && is_digit(line_[at_]))
             ++at_;
         return parse_long(line_.substr(start, at_ - start));
     }
@@ -75,6 +84,9 @@ public:
     }
 
 private:
+    static constexpr std::string_view blanks = " \t\r\v\f";
+    static bool is_digit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+
     std::string_view line_;
     std::size_t at_ = 0;
 };
@@ -96,9 +108,14 @@ std::string_view without_comment(std::string_view line)
 
 LayerFile read_layer_file(const std::filesystem::path& path)
 {
-    std::ifstream in(path);
-    if (!in || std::filesystem::is_directory(path))
-        throw FileError(path.string(), 0, "cannot be read");
+    InputFile file(path);
+    constexpr std::uint64_t largest = std::uint64_t{64} << 20; // one line a K layer of any grid
+    if (file.size() > largest)
+        throw FileError(path.string(), 0, "holds " + std::to_string(file.size()) + " bytes; expected names of layers");
+    std::string text(static_cast<std::size_t>(file.size()), '\0');
+    text.resize(file.read(text));
+    file.check_unchanged();
+    std::istringstream in(std::move(text));
     LayerFile result;
     long next = 1;
     std::int64_t number = 0;

@@ -11,8 +11,8 @@ namespace lodex {
 
 /// Names of stratigraphic units and their K layers as a text file holds them: one unit a line, from top to bottom,
 ///     'Upper Reef'   1 - 5
-/// 1-based and inclusive. The name stands in single or double quotes, or is the text up to the first number; "--" and "#"
-/// begin a comment. What follows the second number (a colour, say) is passed over.
+/// 1-based and inclusive. The name stands in single or double quotes, or is the text before the line's last two numbers
+/// with a dash between them; "--" and "#" begin a comment. What follows the second number (a colour, say) is passed over.
 struct LayerFile {
     std::vector<std::string> units;
     std::vector<std::int64_t> sizes; ///< numbers of K layers

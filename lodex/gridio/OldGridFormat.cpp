@@ -65,7 +65,7 @@ public:
 private:
     static std::string cell_text(const GridSize& cell)
     {
-        return "(" + std::to_string(cell[0] + 1) + ", " + std::to_string(cell[1] + 1) + ", "
+        return '(' + std::to_string(cell[0] + 1) + ", " + std::to_string(cell[1] + 1) + ", "
                + std::to_string(cell[2] + 1) + ")";
     }
 

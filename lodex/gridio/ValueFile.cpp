@@ -1,6 +1,7 @@
 #include "ValueFile.h"
 
 #include <lodex/utils/FileError.h>
+#include "lodex/utils/InputFile.h"
 #include "lodex/utils/Numbers.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <cctype>
 #include <cmath>
 #include <cstring>
-#include <fstream>
 #include <string>
 
 namespace lodex {
@@ -40,7 +40,7 @@ std::string counts_differ(std::int64_t found, bool more, std::int64_t expected)
 /// Hands out the words of a text stream with their line, block by block.
 class Words {
 public:
-    explicit Words(std::ifstream& in) : in_(in) {}
+    explicit Words(InputFile& in) : in_(in) {}
 
     bool next(std::string& word)
     {
@@ -67,14 +67,13 @@ private:
     bool refill()
     {
         block_.resize(block_size);
-        in_.read(block_.data(), static_cast<std::streamsize>(block_.size()));
-        block_.resize(static_cast<std::size_t>(in_.gcount()));
+        block_.resize(in_.read(block_));
         bytes_ += block_.size();
         at_ = 0;
         return !block_.empty();
     }
 
-    std::ifstream& in_;
+    InputFile& in_;
     std::string block_;
     std::size_t at_ = 0;
     std::int64_t line_ = 1, word_line_ = 1;
@@ -85,33 +84,32 @@ private:
 
 std::vector<double> read_values(const std::filesystem::path& path, std::int64_t count, const ProgressCheck& progress)
 {
-    std::ifstream in(path, std::ios::binary);
-    std::error_code error;
-    const std::uintmax_t bytes = std::filesystem::file_size(path, error);
-    if (!in || error)
-        throw FileError(path.string(), 0, "cannot be read");
-    std::string head(static_cast<std::size_t>(std::min<std::uintmax_t>(bytes, 4096)), '\0');
-    in.read(head.data(), static_cast<std::streamsize>(head.size()));
-    in.clear();
-    in.seekg(0);
+    InputFile in(path);
+    const std::uint64_t bytes = in.size();
+    constexpr std::uint64_t head_bytes = 4096;
+    std::string head(static_cast<std::size_t>(std::min(bytes, head_bytes)), '\0');
+    head.resize(in.read(head));
+    in.seek(0);
 
-    const auto check = [&](std::uintmax_t done) {
-        if (progress && !progress(static_cast<double>(done) / static_cast<double>(std::max<std::uintmax_t>(bytes, 1))))
+    const auto check = [&](std::uint64_t done) {
+        if (progress && !progress(static_cast<double>(done) / static_cast<double>(std::max<std::uint64_t>(bytes, 1))))
             throw Cancelled{};
     };
     std::vector<double> values;
     if (!is_text(head)) {
-        if (bytes != static_cast<std::uintmax_t>(count) * sizeof(double)) {
+        if (bytes != static_cast<std::uint64_t>(count) * sizeof(double)) {
             throw FileError(path.string(), 0, "holds " + std::to_string(bytes) + " bytes; expected " + std::to_string(count) +
                                                   " doubles of 8 bytes");
         }
         values.reserve(static_cast<std::size_t>(count));
         std::vector<char> block(block_size);
         while (values.size() < static_cast<std::size_t>(count)) {
-            in.read(block.data(), static_cast<std::streamsize>(block.size()));
-            const auto got = static_cast<std::size_t>(in.gcount()) / sizeof(double);
-            if (got == 0)
+            const std::size_t wanted = static_cast<std::size_t>(count) - values.size();
+            const std::size_t got = std::min(in.read(block) / sizeof(double), wanted);
+            if (got == 0) {
+                in.check_unchanged();
                 throw FileError(path.string(), 0, "ends early");
+            }
             for (std::size_t i = 0; i < got; ++i) {
                 const double value = from_little_endian(block.data() + i * sizeof(double));
                 if (!std::isfinite(value)) {
@@ -122,6 +120,7 @@ std::vector<double> read_values(const std::filesystem::path& path, std::int64_t 
             }
             check(values.size() * sizeof(double));
         }
+        in.check_unchanged();
         return values;
     }
 
@@ -138,6 +137,7 @@ std::vector<double> read_values(const std::filesystem::path& path, std::int64_t 
         if (values.size() % values_per_check == 0)
             check(words.bytes_read());
     }
+    in.check_unchanged();
     if (values.size() != static_cast<std::size_t>(count))
         throw FileError(path.string(), 0, counts_differ(static_cast<std::int64_t>(values.size()), false, count));
     return values;

@@ -6,6 +6,7 @@
 #include <Lodex/geobase/Lodex_geobase_init.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace Lodex {
 
@@ -25,10 +26,15 @@ public:
 
 class EmbeddedCommandLib : public CommandLib {
 public:
-    [[nodiscard]] CommandExecuter* cmd_executer() override { return &executer_; }
+    [[nodiscard]] CommandExecuter* cmd_executer() override { return in_use_; }
+    CommandExecuter* set_cmd_executer(CommandExecuter* executer) override
+    {
+        return std::exchange(in_use_, executer ? executer : &own_);
+    }
 
 private:
-    InterpreterExecuter executer_;
+    InterpreterExecuter own_;
+    CommandExecuter* in_use_ = &own_;
 };
 
 } // namespace

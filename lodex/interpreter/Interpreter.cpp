@@ -2,6 +2,7 @@
 
 #include "StatementBinder.h"
 
+#include <Lodex/geobase/GeobaseLib.h>
 #include <Lodex/utils/Logger.h>
 #include <Lodex/utils/ProgressTracer.h>
 
@@ -9,6 +10,7 @@
 #include <chrono>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace lodex {
@@ -50,6 +52,42 @@ private:
     bool& busy_;
 };
 
+constexpr const char* no_memory = "not enough memory; nothing was changed";
+
+/// Takes what a statement put into the catalogue out again, should the statement fail behind that.
+class CatalogueGuard : public Lodex::CatalogueObserver {
+public:
+    CatalogueGuard()
+    {
+        constexpr std::size_t usual = 16; // one, as a rule
+        added_.reserve(usual);
+        Lodex::GeobaseLib::instance()->attach(this);
+    }
+    ~CatalogueGuard() override
+    {
+        Lodex::GeobaseLib::instance()->detach(this);
+        if (kept_)
+            return;
+        for (Lodex::GObj* object : added_) {
+            try {
+                Lodex::GeobaseLib::instance()->destroy(object);
+            } catch (const std::exception&) {
+                // An observer failed; the object is gone all the same.
+            }
+        }
+    }
+    CatalogueGuard(const CatalogueGuard&) = delete;
+    CatalogueGuard& operator=(const CatalogueGuard&) = delete;
+
+    void keep() { kept_ = true; }
+    void object_added(Lodex::GObj* object) override { added_.push_back(object); }
+    void object_removed(Lodex::GObj* object) override { std::erase(added_, object); }
+
+private:
+    std::vector<Lodex::GObj*> added_;
+    bool kept_ = false;
+};
+
 /// Sets the place for its own lifetime, then puts the former one back.
 class PlaceMark {
 public:
@@ -72,6 +110,20 @@ Interpreter& Interpreter::instance()
 }
 
 std::vector<StatementResult> Interpreter::run(std::string_view submission, const RunOptions& options)
+{
+    try {
+        return run_text(submission, options);
+    } catch (const std::bad_alloc&) {
+        // Outside of a statement: the text itself or the list of results.
+        std::vector<StatementResult> results(1);
+        results[0].status = StatementStatus::Failed;
+        results[0].message = failure_text(options, {}, no_memory, {});
+        Lodex::Logger::log(Lodex::LogLevel::Error, results[0].message + "\n");
+        return results;
+    }
+}
+
+std::vector<StatementResult> Interpreter::run_text(std::string_view submission, const RunOptions& options)
 {
     const std::string text(submission.substr(0, submission.find('\0')));
     if (listener_)
@@ -109,6 +161,7 @@ std::vector<StatementResult> Interpreter::run(std::string_view submission, const
     }
 
     bool stopped = false;
+    results.reserve(statements.size());
     for (const Statement& statement : statements) {
         if (stopped) {
             StatementResult skipped;
@@ -145,20 +198,27 @@ StatementResult Interpreter::run_statement(const Statement& statement, const Run
         call.set_progress_target(&progress);
         if (!call.progress(0)) // the user wanted to stop while the former statement ended
             throw Cancelled{};
+        // What the journal needs is there before the verb runs: once that has changed something nothing may fail.
+        std::string line = statement.text;
+        make_room_in_journal();
+        CatalogueGuard guard;
         call.verb().run(call);
+        guard.keep();
         result.status = StatementStatus::Done;
-        result.counts = call.counts();
-        result.warnings = call.warnings();
-        result.answer = call.answer();
+        call.hand_over(result.counts, result.warnings, result.answer);
         if (call.verb().journalled)
-            append_to_journal(statement.text);
+            append_to_journal(std::move(line));
     } catch (const CommandError& error) {
         failed(error.has_position() ? error.position() : statement.position, error.what());
     } catch (const Cancelled&) {
         failed(statement.position, "cancelled; nothing was changed");
         result.status = StatementStatus::Cancelled;
     } catch (const std::bad_alloc&) {
-        failed(statement.position, "not enough memory; nothing was changed");
+        failed(statement.position, no_memory);
+    } catch (const std::system_error& error) {
+        // A thread that cannot be started, as a rule for want of memory for its stack.
+        const bool thread = error.code() == std::errc::resource_unavailable_try_again;
+        failed(statement.position, thread ? "no further thread can be started, not enough memory; nothing was changed" : error.what());
     } catch (const std::exception& error) {
         failed(statement.position, error.what());
     }
@@ -166,16 +226,23 @@ StatementResult Interpreter::run_statement(const Statement& statement, const Run
     return result;
 }
 
-void Interpreter::append_to_journal(const std::string& statement)
+void Interpreter::make_room_in_journal()
 {
-    journal_.push_back(statement);
+    constexpr std::size_t least = 64;
+    if (journal_.size() == journal_.capacity())
+        journal_.reserve(std::max(least, 2 * journal_.size()));
+}
+
+void Interpreter::append_to_journal(std::string statement)
+{
+    journal_.push_back(std::move(statement));
     if (journal_listener_)
         journal_listener_();
 }
 
-void Interpreter::clear_journal()
+void Interpreter::set_journal(std::vector<std::string> statements)
 {
-    journal_.clear();
+    journal_ = std::move(statements);
     if (journal_listener_)
         journal_listener_();
 }

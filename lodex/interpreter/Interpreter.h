@@ -52,8 +52,10 @@ public:
     /// The statements that changed a model, in order, one per line; a script that makes the same model again.
     [[nodiscard]] const std::vector<std::string>& journal() const { return journal_; }
     /// For changes that come from elsewhere than a statement: its equivalent.
-    void append_to_journal(const std::string& statement);
-    void clear_journal();
+    void append_to_journal(std::string statement);
+    void clear_journal() { set_journal({}); }
+    /// Puts another journal in its place, such as that of a project that was opened.
+    void set_journal(std::vector<std::string> statements);
 
     /// Called with every submission as it comes in, before it is parsed; an empty function switches it off.
     void set_listener(std::function<void(const std::string& text)> listener) { listener_ = std::move(listener); }
@@ -62,6 +64,8 @@ public:
 
 private:
     Interpreter() = default;
+    std::vector<StatementResult> run_text(std::string_view submission, const RunOptions& options);
+    void make_room_in_journal();
     StatementResult run_statement(const Statement& statement, const RunOptions& options);
 
     bool busy_ = false;

@@ -12,7 +12,13 @@ bool is_blank(char c)
 /// Walks a submission character by character and knows where it is.
 class Scanner {
 public:
-    explicit Scanner(std::string_view text) : text_(text.substr(0, text.find('\0'))) {}
+    explicit Scanner(std::string_view text) : text_(text.substr(0, text.find('\0')))
+    {
+        // Editors of some systems begin every file with a byte order mark, which nobody sees.
+        constexpr std::string_view mark = "\xEF\xBB\xBF";
+        if (text_.starts_with(mark))
+            offset_ = line_start_ = mark.size();
+    }
 
     std::vector<Statement> statements()
     {

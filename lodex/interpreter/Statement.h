@@ -47,8 +47,8 @@ struct Statement {
 };
 
 /// Cuts a submission into statements at ";" and line ends outside double quotes. Everything after the first NUL is
-/// ignored; a statement that begins with "#" is a comment up to the line end. Throws CommandError for a quote that is not
-/// closed on its line.
+/// ignored, and so is a byte order mark in front; a statement that begins with "#" is a comment up to the line end.
+/// Throws CommandError for a quote that is not closed on its line.
 [[nodiscard]] std::vector<Statement> parse_statements(std::string_view submission);
 
 /// The value that words [first, last) spell: the text between quotes, or the raw text with its blanks; empty for none.

@@ -113,6 +113,8 @@ public:
     Call(const Verb& verb, std::map<std::string, Value, std::less<>> values, Lodex::GObj* object)
         : verb_(verb), values_(std::move(values)), object_(object)
     {
+        constexpr std::size_t usual_counts = 32;
+        counts_.reserve(usual_counts);
     }
 
     [[nodiscard]] const Verb& verb() const { return verb_; }
@@ -144,6 +146,13 @@ public:
     void count(const std::string& name, double value) { counts_.emplace_back(name, value); }
     [[nodiscard]] const Counts& counts() const { return counts_; }
     [[nodiscard]] const std::vector<std::string>& warnings() const { return warnings_; }
+    /// Moves everything reported so far.
+    void hand_over(Counts& counts, std::vector<std::string>& warnings, std::string& answer) noexcept
+    {
+        counts = std::move(counts_);
+        warnings = std::move(warnings_);
+        answer = std::move(answer_);
+    }
 
     /// Shows how much of the verb's work is done (0 to 1); false when the user wants to stop.
     [[nodiscard]] bool progress(double done) const;

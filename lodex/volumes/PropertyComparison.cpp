@@ -64,7 +64,7 @@ PropertyComparison compare_properties(const CornerPointGrid& fine, const Propert
                                       const PropertyData& coarse_property, const Lodex::CellMapping& mapping,
                                       const ProgressCheck& progress)
 {
-    const std::int64_t cells = coarse.model().cells();
+    const std::int64_t cells = coarse.header().cells();
     const std::span<const double> fine_volumes = fine.bulk_volumes(), coarse_volumes = coarse.bulk_volumes();
     std::vector<double> means(static_cast<std::size_t>(cells), undefined);
     std::vector<std::uint8_t> matched(static_cast<std::size_t>(cells), 0);
@@ -72,7 +72,7 @@ PropertyComparison compare_properties(const CornerPointGrid& fine, const Propert
     for_blocks((cells + block_length - 1) / block_length, partial_progress(progress, 0, 0.6), [&](std::int64_t block) {
         for (std::int64_t cell = block * block_length; cell < std::min(cells, (block + 1) * block_length); ++cell) {
             CompensatedSum volume, total;
-            Kelvane::for_fine_cells(mapping, fine.model().size, coarse.model().size, cell, [&](std::int64_t member) {
+            Kelvane::for_fine_cells(mapping, fine.header().size, coarse.header().size, cell, [&](std::int64_t member) {
                 const auto at = static_cast<std::size_t>(member);
                 matched[static_cast<std::size_t>(cell)] = 1;
                 const double value = value_or_nan(fine_property, at);
@@ -89,7 +89,7 @@ PropertyComparison compare_properties(const CornerPointGrid& fine, const Propert
     PropertyComparison result;
     std::vector<double> values, volumes;
     for (std::int64_t cell = 0; cell < cells; ++cell)
-        Kelvane::for_fine_cells(mapping, fine.model().size, coarse.model().size, cell, [&](std::int64_t member) {
+        Kelvane::for_fine_cells(mapping, fine.header().size, coarse.header().size, cell, [&](std::int64_t member) {
             values.push_back(value_or_nan(fine_property, static_cast<std::size_t>(member)));
             volumes.push_back(fine_volumes[static_cast<std::size_t>(member)]);
         });

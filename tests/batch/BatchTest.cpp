@@ -1,5 +1,7 @@
 // The batch runner as its user sees it: exact standard output, standard error and exit status.
 
+#include "lodex/utils/Version.h"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -59,7 +61,7 @@ TEST_F(Batch, TellsItsVersion)
 {
     const Outcome outcome = lodex("--version");
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.out, "lodex 0.1.0\n");
+    EXPECT_EQ(outcome.out, std::string("lodex ") + lodex::program_version() + "\n");
     EXPECT_EQ(outcome.err, "");
 }
 
@@ -72,7 +74,7 @@ TEST_F(Batch, BadUsageEndsWithStatusTwo)
         EXPECT_EQ(outcome.out, "") << words;
         EXPECT_NE(outcome.err, "") << words;
     }
-    EXPECT_EQ(lodex("run gone.lodex").err, "gone.lodex: the script cannot be read\n");
+    EXPECT_EQ(lodex("run gone.lodex").err, "gone.lodex: the script cannot be read: No such file or directory\n");
 }
 
 TEST_F(Batch, RunsTextAndAnswersOnStandardOutput)
@@ -102,7 +104,7 @@ TEST_F(Batch, AFailedCommandEndsTheRunWithStatusOne)
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "error: a.lodex:2:23: there is no object \"B\"\n  in: lodex destroy objects B\n");
     const auto report = nlohmann::json::parse(read(folder / "report.json"));
-    EXPECT_EQ(report["version"], "0.1.0");
+    EXPECT_EQ(report["version"], lodex::program_version());
     EXPECT_EQ(report["inputs"], nlohmann::json({"a.lodex"}));
     ASSERT_EQ(report["commands"].size(), 3u);
     EXPECT_EQ(report["commands"][0]["status"], "done");

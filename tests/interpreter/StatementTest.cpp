@@ -59,6 +59,16 @@ TEST(Statements, EverythingBehindTheFirstNulIsIgnored)
     EXPECT_TRUE(texts(std::string_view("\0lodex a", 8)).empty());
 }
 
+TEST(Statements, AByteOrderMarkInFrontIsPassedOver)
+{
+    const auto statements = parse_statements("\xEF\xBB\xBFlodex a\nlodex b");
+    ASSERT_EQ(statements.size(), 2u);
+    EXPECT_EQ(statements[0].text, "lodex a");
+    EXPECT_EQ(statements[0].position.column, 1);
+    EXPECT_EQ(texts("\xEF\xBB\xBF"), Texts{});
+    EXPECT_EQ(texts("lodex \xEF\xBB\xBF"), Texts{"lodex \xEF\xBB\xBF"}) << "only in front";
+}
+
 TEST(Statements, ALineThatBeginsWithAHashIsAComment)
 {
     EXPECT_EQ(texts("# first; still comment \"\nlodex a\n  # more\nlodex b"), (Texts{"lodex a", "lodex b"}));

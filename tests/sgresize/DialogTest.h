@@ -12,16 +12,24 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QTest>
 #include <QToolButton>
 #include <QTranslator>
+#include <QVBoxLayout>
 
+#include <gtest/gtest.h>
+
+#include <initializer_list>
 #include <string>
+#include <vector>
 
 /// What closes or removes something goes from the event loop.
 inline void run_deferred_deletes()
@@ -133,6 +141,83 @@ protected:
         find<Lodex::LQMultiComboBox>("gridSelector_")->setSelectedItems(names);
     }
 
+    struct BoxTexts {
+        const char* name;
+        const char* text;
+        const char* tip;
+        bool on;
+    };
+    void expect_boxes(std::initializer_list<BoxTexts> boxes) const
+    {
+        for (const BoxTexts& expected : boxes) {
+            const auto* box = find<QCheckBox>(expected.name);
+            ASSERT_TRUE(box) << expected.name;
+            EXPECT_EQ(box->text(), expected.text);
+            EXPECT_EQ(box->toolTip(), expected.tip);
+            EXPECT_EQ(box->isChecked(), expected.on) << expected.name;
+        }
+    }
+    /// The combo box of the axes and the word in front of it.
+    void expect_direction() const
+    {
+        const char* tip = "Choose the axis along which you want to merge the sections.";
+        const auto* direction = find<QComboBox>("direction_");
+        ASSERT_EQ(direction->count(), 3);
+        EXPECT_EQ(direction->itemText(0), "Axis I");
+        EXPECT_EQ(direction->itemText(1), "Axis J");
+        EXPECT_EQ(direction->itemText(2), "Axis K");
+        EXPECT_EQ(direction->currentIndex(), 0);
+        EXPECT_EQ(direction->toolTip(), tip);
+        QStringList tips;
+        for (const QLabel* label : shell->widget()->template findChildren<QLabel*>()) {
+            if (label->text() == "Direction")
+                tips.append(label->toolTip());
+        }
+        EXPECT_EQ(tips, QStringList{tip});
+    }
+    /// The groups that have a title, in the order in which they were made.
+    [[nodiscard]] QStringList group_titles() const
+    {
+        QStringList titles;
+        for (const QGroupBox* group : shell->widget()->template findChildren<QGroupBox*>()) {
+            if (!group->title().isEmpty())
+                titles.append(group->title());
+        }
+        return titles;
+    }
+    void expect_labels(std::initializer_list<const char*> texts) const
+    {
+        QStringList labels;
+        for (const QLabel* label : shell->widget()->template findChildren<QLabel*>())
+            labels.append(label->text());
+        for (const char* text : texts)
+            EXPECT_TRUE(labels.contains(text)) << text;
+    }
+    /// Every widget that a person can touch has a name.
+    void expect_names() const
+    {
+        for (const QWidget* widget : shell->widget()->template findChildren<QWidget*>()) {
+            const bool inner = widget->window() != shell->widget() || widget->objectName().startsWith("qt_") ||
+                               qobject_cast<QTabWidget*>(widget->parentWidget());
+            if (inner || widget->focusPolicy() == Qt::NoFocus)
+                continue;
+            EXPECT_FALSE(widget->objectName().isEmpty()) << widget->metaObject()->className();
+        }
+    }
+    /// What stands below what, from top to bottom, and beside what, from left to right.
+    void expect_order(std::initializer_list<const char*> names, Qt::Orientation orientation) const
+    {
+        int last = -1;
+        for (const char* name : names) {
+            const auto* widget = find<QWidget>(name);
+            ASSERT_TRUE(widget) << name;
+            const QPoint place = widget->mapTo(shell->widget(), widget->rect().center());
+            const int at = orientation == Qt::Vertical ? place.y() : place.x();
+            EXPECT_GT(at, last) << name;
+            last = at;
+        }
+    }
+
     [[nodiscard]] std::vector<std::string> fatal() const { return messages.of(Lodex::LogLevel::Fatal); }
     [[nodiscard]] std::vector<std::string> errors() const { return messages.of(Lodex::LogLevel::Error); }
     [[nodiscard]] std::vector<std::string> warnings() const { return messages.of(Lodex::LogLevel::Warning); }
@@ -144,6 +229,23 @@ protected:
     CommandLog log;
     QPointer<Dialog> dialog;
     QPointer<Lodex::XMShell> shell;
+};
+
+/// The rows of an axis and their manager, without a dialog around them.
+template <class Manager> class RowsTest : public testing::Test {
+protected:
+    RowsTest()
+    {
+        manager.build_editor_axis(&parent, new QVBoxLayout(&parent));
+        messages.clear();
+    }
+    [[nodiscard]] RowWidgets row(int index) const { return {manager.table(), index}; }
+    [[nodiscard]] std::vector<std::string> fatal() const { return messages.of(Lodex::LogLevel::Fatal); }
+    [[nodiscard]] std::vector<std::string> errors() const { return messages.of(Lodex::LogLevel::Error); }
+
+    MessageList messages;
+    QWidget parent;
+    Manager manager{"Axis K", nullptr};
 };
 
 class MergeDialogTest : public SectionDialogTest<Kelvane::LQSGSectionMergeDialog> {

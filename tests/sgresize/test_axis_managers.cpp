@@ -92,35 +92,18 @@ TEST(AxisManager, CopiesShareTheDirection)
 }
 
 /// A merge manager with its table, without a dialog.
-class MergeManager : public testing::Test {
+class MergeManager : public RowsTest<LQSGMergeAxisEditorMngr> {
 protected:
-    MergeManager()
-    {
-        manager.build_editor_axis(&parent, new QVBoxLayout(&parent));
-        messages.clear();
-    }
-    [[nodiscard]] RowWidgets row(int index) const { return {manager.table(), index}; }
-    void set_row(int index, int from, int to) const
-    {
-        row(index).to()->setValue(to);
-        row(index).from()->setValue(from);
-    }
     /// Rows with these bounds, on an axis long enough.
     void set_rows(const std::vector<std::array<int, 2>>& bounds)
     {
         for (int i = 0; i < static_cast<int>(bounds.size()); ++i) {
             if (i > 0)
                 manager.add_section(manager.get_sections(i - 1), true);
-            set_row(i, bounds[static_cast<std::size_t>(i)][0], bounds[static_cast<std::size_t>(i)][1]);
+            row(i).set_run(bounds[static_cast<std::size_t>(i)][0], bounds[static_cast<std::size_t>(i)][1]);
         }
         messages.clear();
     }
-    [[nodiscard]] Texts fatal() const { return messages.of(Lodex::LogLevel::Fatal); }
-    [[nodiscard]] Texts errors() const { return messages.of(Lodex::LogLevel::Error); }
-
-    MessageList messages;
-    QWidget parent;
-    LQSGMergeAxisEditorMngr manager{"Axis K", nullptr};
 };
 
 TEST_F(MergeManager, StartsWithOneRowThatCannotBeRemoved)
@@ -212,7 +195,7 @@ TEST_F(MergeManager, BoundsFromTheGridLetTheFirstRowRunOverTheWholeAxis)
 TEST_F(MergeManager, AShorterAxisMovesTheRow)
 {
     manager.update_manual_frame(41);
-    set_row(0, 20, 30);
+    row(0).set_run(20, 30);
     row(0).property()->setValue(25);
     manager.update_manual_frame(11);
     EXPECT_EQ(row(0).from()->value(), 9);
@@ -225,7 +208,7 @@ TEST_F(MergeManager, AShorterAxisMovesTheRow)
 TEST_F(MergeManager, ALongerAxisOnlyWidensTheBounds)
 {
     manager.update_manual_frame(11);
-    set_row(0, 3, 8);
+    row(0).set_run(3, 8);
     manager.update_manual_frame(41);
     EXPECT_EQ(row(0).from()->value(), 3);
     EXPECT_EQ(row(0).to()->value(), 8);
@@ -258,7 +241,7 @@ TEST_F(MergeManager, AnAxisOfOneSectionHoldsNoGroup)
 TEST_F(MergeManager, FromDragsTo)
 {
     manager.update_manual_frame(21);
-    set_row(0, 3, 5);
+    row(0).set_run(3, 5);
     row(0).from()->setValue(5);
     EXPECT_EQ(row(0).to()->value(), 6);
     row(0).from()->setValue(12);
@@ -273,7 +256,7 @@ TEST_F(MergeManager, FromDragsTo)
 TEST_F(MergeManager, ToDragsFrom)
 {
     manager.update_manual_frame(21);
-    set_row(0, 8, 15);
+    row(0).set_run(8, 15);
     row(0).to()->setValue(8);
     EXPECT_EQ(row(0).from()->value(), 7);
     row(0).to()->setValue(2);
@@ -285,7 +268,7 @@ TEST_F(MergeManager, ToDragsFrom)
 TEST_F(MergeManager, TheSectionToKeepStaysInTheRun)
 {
     manager.update_manual_frame(21);
-    set_row(0, 5, 15);
+    row(0).set_run(5, 15);
     EXPECT_EQ(row(0).property()->value(), 5);
     row(0).property()->setValue(10);
     row(0).to()->setValue(8);
@@ -302,7 +285,7 @@ TEST_F(MergeManager, TheSectionToKeepStaysInTheRun)
 TEST_F(MergeManager, TheStepIsAtMostTheLengthOfTheRun)
 {
     manager.update_manual_frame(21);
-    set_row(0, 5, 15);
+    row(0).set_run(5, 15);
     EXPECT_EQ(row(0).step()->maximum(), 11);
     row(0).step()->setValue(11);
     EXPECT_EQ(manager.get_sections(0)->jump(), 11);
@@ -318,7 +301,7 @@ TEST_F(MergeManager, ATypedNumberIsTakenAsAWhole)
 {
     parent.show();
     manager.update_manual_frame(41);
-    set_row(0, 5, 30);
+    row(0).set_run(5, 30);
     row(0).to()->setFocus();
     row(0).to()->selectAll();
     QTest::keyClicks(row(0).to(), "12");
@@ -351,7 +334,7 @@ TEST_F(MergeManager, TheWheelTurnsOnlyTheBoxThatHasTheFocus)
 TEST_F(MergeManager, ANewRowStartsBehindTheOneAboveAndEndsOneEarlier)
 {
     manager.update_manual_frame(21);
-    set_row(0, 2, 6);
+    row(0).set_run(2, 6);
     QTest::mouseClick(row(0).add(), Qt::LeftButton);
     ASSERT_EQ(manager.number_of_sections(), 2);
     EXPECT_EQ(row(1).from()->value(), 7);
@@ -462,7 +445,7 @@ TEST_F(MergeManager, SeparateRowsPass)
     manager.update_manual_frame(41);
     set_rows({{1, 4}, {5, 8}});
     EXPECT_TRUE(manager.check_intersections());
-    set_row(0, 9, 12);
+    row(0).set_run(9, 12);
     EXPECT_TRUE(manager.check_intersections());
     EXPECT_TRUE(messages.entries.empty());
 }

@@ -42,33 +42,25 @@ TEST_F(MergeDialog, Shell)
 TEST_F(MergeDialog, OptionTextsAndDefaults)
 {
     open();
-    const auto* direction = find<QComboBox>("direction_");
-    ASSERT_EQ(direction->count(), 3);
-    EXPECT_EQ(direction->itemText(0), "Axis I");
-    EXPECT_EQ(direction->itemText(1), "Axis J");
-    EXPECT_EQ(direction->itemText(2), "Axis K");
-    EXPECT_EQ(direction->currentIndex(), 0);
-    EXPECT_EQ(direction->toolTip(), "Choose the axis along which you want to merge the sections.");
+    expect_direction();
+    expect_boxes({{"copy_properties_", "Copy properties", "Properties will be copied to the new Grid", false},
+                  {"copy_regions_", "Copy regions", "Regions will be copied to the new Grid", true},
+                  {"paint_check_box_", "Show selected sections",
+                   "toggle on if you want the selected cell sections beeing painted on the grid", false}});
+    EXPECT_EQ(group_titles(), (QStringList{"Stratigraphic Grid Definition", "Graphic Attributes", "Section Editor"}));
+    expect_labels({"Name", "Based on Stratigraphic Grid", "Direction"});
+}
 
-    const auto* properties = find<QCheckBox>("copy_properties_");
-    EXPECT_EQ(properties->text(), "Copy properties");
-    EXPECT_EQ(properties->toolTip(), "Properties will be copied to the new Grid");
-    EXPECT_FALSE(properties->isChecked());
-    const auto* regions = find<QCheckBox>("copy_regions_");
-    EXPECT_EQ(regions->text(), "Copy regions");
-    EXPECT_EQ(regions->toolTip(), "Regions will be copied to the new Grid");
-    EXPECT_TRUE(regions->isChecked());
-
-    QStringList titles, labels;
-    for (const QGroupBox* group : shell->widget()->findChildren<QGroupBox*>()) {
-        if (!group->title().isEmpty())
-            titles.append(group->title());
-    }
-    EXPECT_EQ(titles, (QStringList{"Stratigraphic Grid Definition", "Graphic Attributes", "Section Editor"}));
-    for (const QLabel* label : shell->widget()->findChildren<QLabel*>())
-        labels.append(label->text());
-    for (const char* text : {"Name", "Based on Stratigraphic Grid", "Direction"})
-        EXPECT_TRUE(labels.contains(text)) << text;
+TEST_F(MergeDialog, FromTopToBottom)
+{
+    open();
+    QCoreApplication::processEvents();
+    expect_order({"new_grid_name_", "gridSelector_", "direction_", "region_mode_0", "number_percentile_", "volume_percentile_",
+                  "paint_check_box_", "sections_header", "sections_caption", "scrollview", "ok_button"},
+                 Qt::Vertical);
+    expect_order({"direction_", "copy_properties_", "copy_regions_"}, Qt::Horizontal);
+    expect_order({"region_mode_1", "number_percentile_"}, Qt::Horizontal);
+    expect_order({"ok_button", "apply_button", "cancel_button", "help_button"}, Qt::Horizontal);
 }
 
 TEST_F(MergeDialog, RegionModes)
@@ -134,12 +126,7 @@ TEST_F(MergeDialog, CopyRegionsSwitchesTheGroupOnly)
 TEST_F(MergeDialog, EveryWidgetAPersonCanTouchHasAName)
 {
     open();
-    for (const QWidget* widget : shell->widget()->findChildren<QWidget*>()) {
-        const bool inner = widget->window() != shell->widget() || widget->objectName().startsWith("qt_");
-        if (inner || widget->focusPolicy() == Qt::NoFocus)
-            continue;
-        EXPECT_FALSE(widget->objectName().isEmpty()) << widget->metaObject()->className();
-    }
+    expect_names();
 }
 
 TEST_F(MergeDialog, RowsAreBoundedByTheGridAndTheAxis)

@@ -49,79 +49,31 @@ TEST_F(SubdivideDialog, Shell)
 TEST_F(SubdivideDialog, TextsAndDefaults)
 {
     open();
-    const auto* direction = find<QComboBox>("direction_");
-    ASSERT_EQ(direction->count(), 3);
-    EXPECT_EQ(direction->currentText(), "Axis I");
-    EXPECT_EQ(direction->itemText(1), "Axis J");
-    EXPECT_EQ(direction->itemText(2), "Axis K");
-    // The same words as in the dialog that merges.
-    const QString tip = "Choose the axis along which you want to merge the sections.";
-    EXPECT_EQ(direction->toolTip(), tip);
-    struct Box {
-        const char* name;
-        const char* text;
-        const char* tip;
-    };
-    for (const Box& expected :
-         {Box{"copy_properties_", "Copy properties", "Properties will be copied to the new Grid"},
-          Box{"copy_regions_", "Copy regions", "Regions will be copied to the new Grid"},
-          Box{"isochore_", "Cell thickness as isochore",
-              "If on, the thickness will be computed vertically, else along fiber."},
-          Box{"paint_check_box_", "Show selected sections",
-              "toggle on if you want the selected cell sections beeing painted on the grid"}}) {
-        const auto* box = find<QCheckBox>(expected.name);
-        ASSERT_TRUE(box) << expected.name;
-        EXPECT_EQ(box->text(), expected.text);
-        EXPECT_EQ(box->toolTip(), expected.tip);
-        EXPECT_FALSE(box->isChecked()) << expected.name;
-    }
-    QStringList titles;
-    for (const QGroupBox* group : shell->widget()->findChildren<QGroupBox*>())
-        titles.append(group->title());
-    EXPECT_EQ(titles, (QStringList{"Stratigraphic Grid Definition", "Graphic Attributes", "Section Editor"}));
-    QStringList tips;
-    for (const QLabel* label : shell->widget()->findChildren<QLabel*>()) {
-        if (label->text() == "Direction")
-            tips.append(label->toolTip());
-    }
-    EXPECT_EQ(tips, QStringList{tip});
+    expect_direction(); // the same words as in the dialog that merges
+    expect_boxes({{"copy_properties_", "Copy properties", "Properties will be copied to the new Grid", false},
+                  {"copy_regions_", "Copy regions", "Regions will be copied to the new Grid", false},
+                  {"isochore_", "Cell thickness as isochore",
+                   "If on, the thickness will be computed vertically, else along fiber.", false},
+                  {"paint_check_box_", "Show selected sections",
+                   "toggle on if you want the selected cell sections beeing painted on the grid", false}});
+    EXPECT_EQ(group_titles(), (QStringList{"Stratigraphic Grid Definition", "Graphic Attributes", "Section Editor"}));
 }
 
 TEST_F(SubdivideDialog, FromTopToBottom)
 {
     open();
     QCoreApplication::processEvents();
-    const auto place = [this](const char* name) {
-        const auto* widget = find<QWidget>(name);
-        return widget ? widget->mapTo(shell->widget(), widget->rect().center()) : QPoint(-1, -1);
-    };
-    int last = 0;
-    for (const char* name : {"new_grid_name_", "gridSelector_", "direction_", "paint_check_box_", "sections_header",
-                             "sections_caption", "scrollview", "ok_button"}) {
-        EXPECT_GT(place(name).y(), last) << name;
-        last = place(name).y();
-    }
-    last = place("direction_").x();
-    for (const char* name : {"copy_properties_", "copy_regions_", "isochore_"}) {
-        EXPECT_GT(place(name).x(), last) << name;
-        last = place(name).x();
-    }
-    last = 0;
-    for (const char* name : {"ok_button", "apply_button", "cancel_button", "help_button"}) {
-        EXPECT_GT(place(name).x(), last) << name;
-        last = place(name).x();
-    }
+    expect_order({"new_grid_name_", "gridSelector_", "direction_", "paint_check_box_", "sections_header",
+                  "sections_caption", "scrollview", "ok_button"},
+                 Qt::Vertical);
+    expect_order({"direction_", "copy_properties_", "copy_regions_", "isochore_"}, Qt::Horizontal);
+    expect_order({"ok_button", "apply_button", "cancel_button", "help_button"}, Qt::Horizontal);
 }
 
 TEST_F(SubdivideDialog, EveryWidgetAPersonCanTouchHasAName)
 {
     open();
-    for (const QWidget* widget : shell->widget()->findChildren<QWidget*>()) {
-        const bool inner = widget->window() != shell->widget() || widget->objectName().startsWith("qt_");
-        if (inner || widget->focusPolicy() == Qt::NoFocus)
-            continue;
-        EXPECT_FALSE(widget->objectName().isEmpty()) << widget->metaObject()->className();
-    }
+    expect_names();
 }
 
 TEST_F(SubdivideDialog, TheGridIsAskedForBeforeTheName)

@@ -27,26 +27,14 @@ QStringList entries(const QComboBox* box)
     return list;
 }
 
-class SubdivideRows : public testing::Test {
+class SubdivideRows : public RowsTest<LQSGSubdivideAxisEditorMngr> {
 protected:
-    SubdivideRows()
-    {
-        manager.build_editor_axis(&parent, new QVBoxLayout(&parent));
-        messages.clear();
-    }
-    [[nodiscard]] RowWidgets row(int index) const { return {manager.table(), index}; }
     [[nodiscard]] std::string sections() const
     {
         std::ostringstream text;
         manager.write_sections(text);
         return text.str();
     }
-    [[nodiscard]] Texts fatal() const { return messages.of(Lodex::LogLevel::Fatal); }
-    [[nodiscard]] Texts errors() const { return messages.of(Lodex::LogLevel::Error); }
-
-    MessageList messages;
-    QWidget parent;
-    LQSGSubdivideAxisEditorMngr manager{"Axis K", nullptr};
 };
 
 TEST_F(SubdivideRows, PanelTexts)

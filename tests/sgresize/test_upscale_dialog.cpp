@@ -28,29 +28,17 @@ TEST_F(UpscaleDialog, Shell)
 TEST_F(UpscaleDialog, TextsAndDefaults)
 {
     open();
-    struct Box {
-        const char* name;
-        const char* text;
-        const char* tip;
-        bool on;
-    };
-    for (const Box& expected :
-         {Box{"copy_properties_", "Copy properties",
-              "Properties will be copied, but not upscaled, to the new Grid. Not recommanded", false},
-          Box{"fault_blocks_", "Create fault block regions", "toggle on if you want to create fault block regions",
-              true},
-          Box{"copy_regions_", "Copy regions",
-              "Regions will be copied to the new Grid. However model regions and layers are always preserved.", true},
-          Box{"paint_check_box_", "Show selected sections",
-              "toggle on if you want the selected cell sections beeing painted on the grid", false},
-          Box{"model_information_", "Use stratigraphic model information to build the grid",
-              "toggle on if you want to use the stratigraphic model information for rebuilding the grid", false}}) {
-        const auto* box = find<QCheckBox>(expected.name);
-        ASSERT_TRUE(box) << expected.name;
-        EXPECT_EQ(box->text(), expected.text);
-        EXPECT_EQ(box->toolTip(), expected.tip);
-        EXPECT_EQ(box->isChecked(), expected.on) << expected.name;
-    }
+    expect_boxes(
+        {{"copy_properties_", "Copy properties",
+          "Properties will be copied, but not upscaled, to the new Grid. Not recommanded", false},
+         {"fault_blocks_", "Create fault block regions", "toggle on if you want to create fault block regions",
+          true},
+         {"copy_regions_", "Copy regions",
+          "Regions will be copied to the new Grid. However model regions and layers are always preserved.", true},
+         {"paint_check_box_", "Show selected sections",
+          "toggle on if you want the selected cell sections beeing painted on the grid", false},
+         {"model_information_", "Use stratigraphic model information to build the grid",
+          "toggle on if you want to use the stratigraphic model information for rebuilding the grid", false}});
     const auto* properties = find<Lodex::LQMultiComboBox>("property_list_");
     EXPECT_EQ(properties->toolTip(), "Select properties that will be copied");
     EXPECT_TRUE(properties->multiSelection());
@@ -63,15 +51,9 @@ TEST_F(UpscaleDialog, TextsAndDefaults)
     EXPECT_EQ(regions->currentText(), "all_regions");
     EXPECT_TRUE(regions->isEnabled());
 
-    QStringList titles, labels;
-    for (const QGroupBox* group : shell->widget()->findChildren<QGroupBox*>())
-        titles.append(group->title());
     for (const char* title : {"Stratigraphic Grid Definition", "Graphic Attributes", "Build Attributes"})
-        EXPECT_TRUE(titles.contains(title)) << title;
-    for (const QLabel* label : shell->widget()->findChildren<QLabel*>())
-        labels.append(label->text());
-    for (const char* text : {"Name", "Based on Stratigraphic Grid", "Number of cells:", "New number of cells:"})
-        EXPECT_TRUE(labels.contains(text)) << text;
+        EXPECT_TRUE(group_titles().contains(title)) << title;
+    expect_labels({"Name", "Based on Stratigraphic Grid", "Number of cells:", "New number of cells:"});
     const auto* tabs = find<QTabWidget>("axis_tabs_");
     ASSERT_EQ(tabs->count(), 3);
     EXPECT_EQ(tabs->tabText(0), "Axis I");
@@ -146,13 +128,7 @@ TEST_F(UpscaleDialog, CopyPropertiesShowsTheSectionToKeep)
 TEST_F(UpscaleDialog, EveryWidgetAPersonCanTouchHasAName)
 {
     open();
-    for (const QWidget* widget : shell->widget()->findChildren<QWidget*>()) {
-        const bool inner = widget->window() != shell->widget() || widget->objectName().startsWith("qt_") ||
-                           qobject_cast<QTabWidget*>(widget->parentWidget());
-        if (inner || widget->focusPolicy() == Qt::NoFocus)
-            continue;
-        EXPECT_FALSE(widget->objectName().isEmpty()) << widget->metaObject()->className();
-    }
+    expect_names();
 }
 
 TEST_F(UpscaleDialog, RowsAreBoundedByTheAxesOfTheGrid)

@@ -8,6 +8,7 @@
 #include "lodex/volumes/model/PropertyTools.h"
 
 #include <Lodex/geobase/GeobaseLib.h>
+#include <Lodex/utils/ProgressTracer.h>
 #include <Lodex/volumes/Lodex_volumes_init.h>
 
 #include <gtest/gtest.h>
@@ -58,6 +59,53 @@ protected:
                 return r.message.substr(0, r.message.find('\n'));
         }
         return "no error";
+    }
+    /// The journal as a script.
+    static std::string journal()
+    {
+        std::string script;
+        for (const std::string& statement : lodex::Interpreter::instance().journal())
+            script += statement + "\n";
+        return script;
+    }
+    /// A user who stops at the n-th question whether to go on, for as long as it lives.
+    class StopAt : public Lodex::ProgressSink {
+    public:
+        explicit StopAt(int n) : left_(n), former_(Lodex::ProgressTracer::set_sink(this)) {}
+        ~StopAt() override { Lodex::ProgressTracer::set_sink(former_); }
+        StopAt(const StopAt&) = delete;
+        StopAt& operator=(const StopAt&) = delete;
+        /// How far the work was when it was asked last.
+        [[nodiscard]] double last() const { return last_; }
+
+        void begin(const Lodex::CString&) override {}
+        bool progress(double done) override
+        {
+            last_ = done;
+            return --left_ > 0;
+        }
+        void end() override {}
+
+    private:
+        int left_;
+        double last_ = 0;
+        Lodex::ProgressSink* former_;
+    };
+    /// Runs the statement, stopped at the first question whether to go on, then at the second, until it gets to its end.
+    /// True when it does, and no stop left a grid of that name.
+    static testing::AssertionResult stops_at_each_step(const std::string& statement, const std::string& made)
+    {
+        for (int step = 1; step < 500; ++step) {
+            const StopAt stop(step);
+            const auto r = result(statement);
+            if (r.status == lodex::StatementStatus::Done)
+                return testing::AssertionSuccess();
+            if (r.status != lodex::StatementStatus::Cancelled)
+                return testing::AssertionFailure() << r.message;
+            if (lodex::find_grid(made))
+                return testing::AssertionFailure() << made << " is there after a stop at question " << step;
+        }
+        return testing::AssertionFailure() << "does not come to its end";
     }
     static double count(const lodex::StatementResult& result, const std::string& name)
     {

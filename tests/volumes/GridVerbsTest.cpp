@@ -207,16 +207,136 @@ TEST_F(GridVerbs, LayerFilesAreReadLineByLine)
     EXPECT_EQ(model("Box").layers[0].unit, "A--1 #2");
     EXPECT_EQ(model("Box").layers[1].unit, "Zone 2");
     EXPECT_EQ(model("Box").layers[2].nb_k_cells, 3);
+    ASSERT_TRUE(run(from("Zone 2 - 3  1 - 4 dark-blue\nA-B 5-6 x-9\n")));
+    ASSERT_EQ(model("Box").layers.size(), 2u);
+    EXPECT_EQ(model("Box").layers[0].unit, "Zone 2 - 3");
+    EXPECT_EQ(model("Box").layers[1].unit, "A-B");
+    EXPECT_EQ(model("Box").layers[1].nb_k_cells, 2);
+    ASSERT_TRUE(run(from("A 1 - 2\nB 3 - 3\nC 4 - 6\n")));
     const std::vector<std::pair<std::string, std::string>> cases{
         {"A 1 - 3\n", "the units have 3 K cells, the grid has 6"},
         {"A 1 - 3\nB 5 - 6\n", "units.txt:2: the K layers are 5 - 6; expected a range that begins at 4"},
         {"A 1 - 9223372036854775807\nB 1 - 2\n", "units.txt:1: the K layers are 1 - 9223372036854775807; expected a range"},
         {"A 1 - 6\nB\n", "units.txt:2: expected a unit and its K layers"},
+        {"A 1 -\n", "units.txt:1: expected a unit and its K layers"},
+        {"A - 6\n", "units.txt:1: expected a unit and its K layers"},
+        {"-\n", "units.txt:1: expected a unit and its K layers"},
         {"# nothing\n", "units.txt: holds no units"},
     };
     for (const auto& [text, message] : cases)
         EXPECT_NE(error(from(text)).find(message), std::string::npos) << error(from(text));
     EXPECT_EQ(model("Box").layers.size(), 3u) << "nothing changed";
+}
+
+TEST_F(GridVerbs, UnitNamesFromFilesAreMended)
+{
+    add_box("Box", {1, 1, 6});
+    const std::string file = write("units.txt", "'Upper+Reef;' 1 - 2\n\"a  b\" 3 - 6\n");
+    const auto by_file = result("lodex on SGrid Box set_layers file \"" + file + "\"");
+    EXPECT_EQ(by_file.message, "");
+    EXPECT_EQ(by_file.warnings,
+              (Texts{"the unit \"Upper+Reef;\" is named \"Upper_Reef_\"", "the unit \"a  b\" is named \"a b\""}));
+    EXPECT_EQ(names("Box", "layers"), (Texts{"Upper_Reef_", "a b"}));
+
+    find_grid("Box")->change([](GridModel& m) {
+        m.properties.push_back({.name = "ZONE",
+                                .values = std::vector<std::int32_t>{1, 1, 2, 2, 2, 2},
+                                .code_names = {{1, "all_regions"}, {2, "B"}}});
+    });
+    const auto by_property = result("lodex on SGrid Box set_layers property ZONE");
+    EXPECT_EQ(by_property.warnings, Texts{"the unit \"all_regions\" is named \"all_regions_\""});
+    EXPECT_EQ(names("Box", "layers"), (Texts{"all_regions_", "B"}));
+    find_grid("Box")->change([](GridModel& m) { m.layers.clear(); });
+    EXPECT_EQ(result("lodex on SGrid Box sgrid_fill_layering_info").warnings, by_property.warnings);
+    EXPECT_EQ(names("Box", "layers"), (Texts{"all_regions_", "B"}));
+    // What a person types is refused.
+    EXPECT_NE(error("lodex on SGrid Box set_layers units all_regions+B sizes 2+4").find("cannot be a unit"), std::string::npos);
+}
+
+TEST_F(GridVerbs, UnitsBecomeModelRegions)
+{
+    add_box("Box", {1, 1, 4});
+    EXPECT_NE(error("lodex on SGrid Box define_unit_regions").find("has no stratigraphic units"), std::string::npos);
+    ASSERT_TRUE(run("lodex on SGrid Box define_region User property PORO max 2\n"
+                    "lodex on SGrid Box set_layers units Upper+Lower sizes 2+2\n"
+                    "lodex on SGrid Box define_unit_regions"));
+    EXPECT_EQ(names("Box", "regions"), (Texts{"User", "Upper", "Lower"}));
+    EXPECT_TRUE(model("Box").find_region("Upper")->model);
+    EXPECT_EQ(model("Box").find_region("Lower")->flags, (std::vector<std::uint8_t>{0, 0, 1, 1}));
+    // Other units: those of the same name are replaced where they stand.
+    ASSERT_TRUE(run("lodex on SGrid Box set_layers units Lower+Base sizes 1+3\nlodex on SGrid Box define_unit_regions"));
+    EXPECT_EQ(names("Box", "regions"), (Texts{"User", "Upper", "Lower", "Base"}));
+    EXPECT_EQ(model("Box").find_region("Lower")->flags, (std::vector<std::uint8_t>{1, 0, 0, 0}));
+    // A person's own region is not.
+    ASSERT_TRUE(run("lodex on SGrid Box set_layers units New+User sizes 1+3"));
+    EXPECT_NE(error("lodex on SGrid Box define_unit_regions").find("has a region \"User\" that comes from no unit"), std::string::npos);
+    EXPECT_EQ(names("Box", "regions"), (Texts{"User", "Upper", "Lower", "Base"})) << "nothing changed";
+    // Model regions pass on whatever is copied.
+    ASSERT_TRUE(run("lodex sgrid_merge_multiple_sections name Coarse sgrid Box direction vertical sections 0+1 copy_regions 0"));
+    EXPECT_EQ(names("Coarse", "regions"), (Texts{"Upper", "Lower", "Base"}));
+}
+
+TEST_F(GridVerbs, JournalLinesHoldWhateverNamesThereAre)
+{
+    const std::string script = "lodex create sgrid name the modifications size 4+1+1 spacing 1+1+1\n"
+                               "lodex create sgrid name fine result size 1+1+1 spacing 1+1+1\n"
+                               "lodex destroy objects fine result\n"
+                               "lodex rename object the modifications name fine result\n"
+                               "lodex sgrid_merge_multiple_sections name coarse modifications sgrid fine result direction "
+                               "\"first axis\" sections 0+1\n";
+    ASSERT_TRUE(run(script));
+    auto* data = new Lodex::GridCoarseningData;
+    EXPECT_TRUE(data->add_modification(Lodex::UGridIndex3d::I, 1, 2, 2));
+    ASSERT_TRUE(Lodex::SGridUpgriddingActivityData::create_upgridding_activity(find_grid("fine result"),
+                                                                               find_grid("coarse modifications"), data));
+    ASSERT_TRUE(run("lodex on SGrid fine result create_coarsening_activity C modifications 1+1+2+2\n"
+                    "lodex rename object fine result name other\n"
+                    "lodex on SGrid other create_coarsening_activity C modifications 1+3+4+2"));
+    const std::string replayed = journal();
+    Lodex::GeobaseLib::instance()->clear();
+    EXPECT_TRUE(run(replayed));
+    EXPECT_EQ(report("coarse modifications")["activities"].size(), 1u);
+    const auto* activity = Lodex::SGridGridCoarseningModificationActivityData::get_coarsening_activity(find_grid("other"), "C");
+    ASSERT_NE(activity, nullptr);
+    EXPECT_EQ(report("other")["activities"].size(), 2u);
+}
+
+TEST_F(GridVerbs, FlowUnitsOfRegionsTakeJoinedListsLikeAllOthers)
+{
+    add_box("Box", {1, 1, 6});
+    ASSERT_TRUE(run("lodex on SGrid Box define_region R property PORO max 2\n"
+                    "lodex on SGrid Box define_region Upper Reef property PORO min 4 max 5"));
+    const auto units = [](const std::string& region) {
+        const auto r = result("lodex on SGrid Box flow_units property PORO region " + region +
+                              " method \"number of flow units\" value 2");
+        return r.message.empty() ? r.answer : r.message;
+    };
+    const std::string both = units("R+Upper Reef");
+    EXPECT_EQ(both.find("error"), std::string::npos);
+    EXPECT_NE(both.find("6\t"), std::string::npos) << both;
+    for (const char* list : {"R + Upper Reef", "R+Upper+Reef", "\"Upper Reef\"+R", "R++Upper Reef+", "all_regions"})
+        EXPECT_EQ(units(list), both) << list;
+    EXPECT_NE(units("everywhere"), both);
+    EXPECT_EQ(units("R + everywhere"), units("everywhere"));
+    EXPECT_NE(units("region_0").find("cannot be worked out for region \"region_0\""), std::string::npos);
+}
+
+TEST_F(GridVerbs, MakingAndFillingALargeGridCanBeStopped)
+{
+    const auto stopped = [](const std::string& statement, double at_least) {
+        const StopAt stop(4); // the first questions come before the work
+        const auto status = result(statement).status;
+        EXPECT_GE(stop.last(), at_least) << statement;
+        return status == StatementStatus::Cancelled;
+    };
+    EXPECT_TRUE(stopped("lodex create sgrid name Box size 100+100+100 spacing 1+1+1", 0.2));
+    EXPECT_EQ(find_grid("Box"), nullptr);
+    ASSERT_TRUE(run("lodex create sgrid name Box size 200+200+50 spacing 1+1+1"));
+    EXPECT_TRUE(stopped("lodex on SGrid Box fill_property A lognormal 1+1", 0.2));
+    EXPECT_TRUE(model("Box").properties.empty());
+    ASSERT_TRUE(run("lodex on SGrid Box fill_property A value 1"));
+    EXPECT_TRUE(stopped("lodex on SGrid Box define_region R property A min 0", 0.2));
+    EXPECT_TRUE(model("Box").regions.empty());
 }
 
 TEST_F(GridVerbs, PaintedSectionsAreAnAttributeThatIsReplacedWhole)
@@ -265,14 +385,12 @@ TEST_F(GridVerbs, ActivitiesComposeRecordsThroughDestroyedTemporaries)
     EXPECT_EQ(find_grid("Fine")->sgrid_activity_model()->activities().size(), 1u);
     EXPECT_EQ(report("Coarse")["activities"][0]["modifications"], "1+1+4+2+3+1+8+3");
     EXPECT_EQ(Interpreter::instance().journal().back(),
-              "lodex on SGrid Fine create_upgridding_activity result Coarse modifications 1+1+4+2+3+1+8+3");
+              "lodex on SGrid Fine create_upgridding_activity result \"Coarse\" modifications 1+1+4+2+3+1+8+3");
 
     // The journal line does the same.
+    const std::string script = journal();
     Lodex::GeobaseLib::instance()->clear();
     add_box("Fine", {4, 6, 8});
-    std::string script;
-    for (const std::string& statement : Interpreter::instance().journal())
-        script += statement + "\n";
     EXPECT_TRUE(run(script));
     EXPECT_EQ(report("Coarse")["activities"].size(), 1u);
 }

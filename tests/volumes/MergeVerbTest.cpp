@@ -1,7 +1,6 @@
 #include "GridFixture.h"
 
 #include <Lodex/geobase/Style.h>
-#include <Lodex/utils/ProgressTracer.h>
 
 #include <cmath>
 #include <set>
@@ -213,27 +212,7 @@ TEST_F(MergeVerb, ReportsVolumesAndKeepsThemAlongK)
 TEST_F(MergeVerb, CancelLeavesTheCatalogueAsItWas)
 {
     ASSERT_TRUE(run("lodex create example name Box size 30+30+20"));
-    class StopAt : public Lodex::ProgressSink {
-    public:
-        explicit StopAt(int n) : left(n) {}
-        void begin(const Lodex::CString&) override {}
-        bool progress(double) override { return --left > 0; }
-        void end() override {}
-        int left;
-    };
-    bool finished = false;
-    for (int step = 1; step < 500 && !finished; ++step) {
-        StopAt sink(step);
-        Lodex::ProgressTracer::set_sink(&sink);
-        const auto r = result(merge("New", "vertical", "0+1", "copy_properties 1 copy_fb_regions 1"));
-        Lodex::ProgressTracer::set_sink(nullptr);
-        finished = r.status == StatementStatus::Done;
-        if (!finished) {
-            EXPECT_EQ(r.status, StatementStatus::Cancelled) << r.message;
-            EXPECT_EQ(find_grid("New"), nullptr);
-        }
-    }
-    EXPECT_TRUE(finished);
+    EXPECT_TRUE(stops_at_each_step(merge("New", "vertical", "0+1", "copy_properties 1 copy_fb_regions 1"), "New"));
 }
 
 TEST_F(MergeVerb, JournalReplaysToTheSameGrid)
@@ -241,9 +220,7 @@ TEST_F(MergeVerb, JournalReplaysToTheSameGrid)
     ASSERT_TRUE(run("lodex create example name Box size 12+9+8 seed 5\n" +
                     merge("A", "vertical", "0+1+4+6", "copy_properties 1 property_sections 1+5 copy_regions 1 copy_fb_regions 1") +
                     "\nlodex sgrid_merge_multiple_sections name B sgrid A direction \"first axis\" sections 0+3 copy_properties 1"));
-    std::string script;
-    for (const std::string& statement : Interpreter::instance().journal())
-        script += statement + "\n";
+    const std::string script = journal();
     const GridModel before = model("B");
     Lodex::GeobaseLib::instance()->clear();
     ASSERT_TRUE(run(script));

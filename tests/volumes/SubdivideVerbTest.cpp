@@ -6,7 +6,6 @@
 #include "lodex/volumes/model/CellGeometry.h"
 
 #include <Lodex/geobase/Style.h>
-#include <Lodex/utils/ProgressTracer.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -351,31 +350,8 @@ TEST_F(SubdivideVerb, ReportsCountsAndVolumes)
 TEST_F(SubdivideVerb, CancelLeavesTheCatalogueAsItWas)
 {
     ASSERT_TRUE(run("lodex create example name Box size 30+30+20"));
-    class StopAt : public Lodex::ProgressSink {
-    public:
-        explicit StopAt(int n)
-            : left(n)
-        {
-        }
-        void begin(const Lodex::CString&) override {}
-        bool progress(double) override { return --left > 0; }
-        void end() override {}
-        int left;
-    };
-    bool finished = false;
-    for (int step = 1; step < 500 && !finished; ++step) {
-        StopAt sink(step);
-        Lodex::ProgressTracer::set_sink(&sink);
-        const auto r = result(subdivide("New", "first axis", rows(0, 9, 2, "parallel_to_base", "20"),
-                                        "copy_properties 1 copy_fb_regions 1"));
-        Lodex::ProgressTracer::set_sink(nullptr);
-        finished = r.status == StatementStatus::Done;
-        if (!finished) {
-            EXPECT_EQ(r.status, StatementStatus::Cancelled) << r.message;
-            EXPECT_EQ(find_grid("New"), nullptr);
-        }
-    }
-    EXPECT_TRUE(finished);
+    EXPECT_TRUE(stops_at_each_step(subdivide("New", "first axis", rows(0, 9, 2, "parallel_to_base", "20"),
+                                             "copy_properties 1 copy_fb_regions 1"), "New"));
 }
 
 TEST_F(SubdivideVerb, JournalReplaysToTheSameGrid)
@@ -384,9 +360,7 @@ TEST_F(SubdivideVerb, JournalReplaysToTheSameGrid)
                     subdivide("A", "vertical", "1+2+parallel_to_top+1.25+4+1+proportional+",
                               "copy_properties 1 copy_regions 1 copy_fb_regions 1") +
                     "\n" + subdivide("B", "second axis", "0+1+parallel_to_base+40", "copy_properties 1", "A")));
-    std::string script;
-    for (const std::string& statement : Interpreter::instance().journal())
-        script += statement + "\n";
+    const std::string script = journal();
     const GridModel before = model("B");
     Lodex::GeobaseLib::instance()->clear();
     ASSERT_TRUE(run(script));

@@ -3,12 +3,21 @@
 #include "lodex/volumes/model/GridModel.h"
 #include "lodex/volumes/model/Random.h"
 
+#include <tbb/global_control.h>
+
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace volumes_model_tests {
+
+/// What f gives on so many threads.
+template <class F> auto on_threads(std::size_t threads, F f)
+{
+    const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, threads);
+    return f();
+}
 
 /// What a random grid looks like besides its size.
 struct RandomGridOptions {

@@ -4,7 +4,6 @@
 #include "lodex/volumes/model/FaultBlocks.h"
 
 #include <gtest/gtest.h>
-#include <tbb/global_control.h>
 
 #include <algorithm>
 
@@ -123,15 +122,8 @@ TEST(FaultBlocks, OfTheExampleField)
 TEST(FaultBlocks, SameOnOneThreadAndTwo)
 {
     const GridModel source = random_grid({60, 50, 4}, 4);
-    FaultBlocks one, two;
-    {
-        const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 1);
-        one = find_fault_blocks(source);
-    }
-    {
-        const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 2);
-        two = find_fault_blocks(source);
-    }
+    const FaultBlocks one = on_threads(1, [&] { return find_fault_blocks(source); });
+    const FaultBlocks two = on_threads(2, [&] { return find_fault_blocks(source); });
     EXPECT_EQ(one.column_block, two.column_block);
     EXPECT_GT(one.count, 1);
 }

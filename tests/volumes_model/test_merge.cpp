@@ -5,7 +5,6 @@
 #include "lodex/volumes/model/Merge.h"
 
 #include <gtest/gtest.h>
-#include <tbb/global_control.h>
 
 #include <algorithm>
 #include <cmath>
@@ -728,15 +727,8 @@ TEST(Merge, SameResultOnOneThreadAndTwo)
         request.percentile = 40;
         request.copy_fault_blocks = true;
         MergeReport one, two;
-        GridModel result_one, result_two;
-        {
-            const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 1);
-            result_one = merge_sections(source, request, one);
-        }
-        {
-            const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 2);
-            result_two = merge_sections(source, request, two);
-        }
+        const GridModel result_one = on_threads(1, [&] { return merge_sections(source, request, one); });
+        const GridModel result_two = on_threads(2, [&] { return merge_sections(source, request, two); });
         EXPECT_TRUE(same_data(result_one, result_two));
         EXPECT_EQ(one.bulk_volume_after, two.bulk_volume_after);
         EXPECT_EQ(one.total_volume_before, two.total_volume_before);

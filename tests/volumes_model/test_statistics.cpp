@@ -7,7 +7,6 @@
 #include "lodex/volumes/model/Summation.h"
 
 #include <gtest/gtest.h>
-#include <tbb/global_control.h>
 
 #include <cmath>
 #include <limits>
@@ -140,15 +139,8 @@ TEST(Statistics, WhollyInactiveLayerHasNoMeans)
 TEST(Statistics, SameOnOneThreadAndTwo)
 {
     const GridModel model = random_grid({300, 50, 11}, 12);
-    GridStatistics one, two;
-    {
-        const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 1);
-        one = grid_statistics(model);
-    }
-    {
-        const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 2);
-        two = grid_statistics(model);
-    }
+    const GridStatistics one = on_threads(1, [&] { return grid_statistics(model); });
+    const GridStatistics two = on_threads(2, [&] { return grid_statistics(model); });
     EXPECT_EQ(one.bulk_volume, two.bulk_volume);
     for (std::size_t p = 0; p < one.properties.size(); ++p) {
         EXPECT_EQ(one.properties[p].sum, two.properties[p].sum);

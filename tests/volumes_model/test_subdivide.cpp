@@ -6,7 +6,6 @@
 #include "lodex/volumes/model/Subdivide.h"
 
 #include <gtest/gtest.h>
-#include <tbb/global_control.h>
 
 #include <algorithm>
 #include <cmath>
@@ -838,15 +837,8 @@ TEST(Subdivide, SameResultOnOneThreadAndTwo)
         SubdivideRequest request = along(axis, {{0, 3, from_top, 1}, {5, 1}, {10, 2, from_base, 0.5}, {19, 40}});
         request.copy_fault_blocks = true;
         SubdivideReport one, two;
-        GridModel result_one, result_two;
-        {
-            const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 1);
-            result_one = subdivide_sections(source, request, one);
-        }
-        {
-            const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, 2);
-            result_two = subdivide_sections(source, request, two);
-        }
+        const GridModel result_one = on_threads(1, [&] { return subdivide_sections(source, request, one); });
+        const GridModel result_two = on_threads(2, [&] { return subdivide_sections(source, request, two); });
         EXPECT_TRUE(same_data(result_one, result_two));
         EXPECT_EQ(one.bulk_volume_after, two.bulk_volume_after);
         EXPECT_EQ(one.total_volume_before, two.total_volume_before);

@@ -10,7 +10,6 @@
 #include "lodex/volumes/verbs/VerbTools.h"
 
 #include <algorithm>
-#include <set>
 
 namespace lodex {
 
@@ -20,7 +19,7 @@ std::string line_of(const Message& message)
 {
     std::string text = message.file;
     if (message.line > 0)
-        text += ":" + std::to_string(message.line);
+        text += ':' + std::to_string(message.line);
     return text.empty() ? message.text : text + ": " + message.text;
 }
 
@@ -34,28 +33,11 @@ void pass_on(Call& call, const std::vector<Message>& messages)
     }
 }
 
-/// Makes the names that came in with a file legal and unique among their kind.
-template <class Item> void mend_names(Call& call, std::vector<Item>& items, std::string Item::*name, const std::string& what,
-                                      bool unique = true)
-{
-    std::set<std::string> taken;
-    for (Item& item : items) {
-        const std::string former = item.*name;
-        std::string mended = mend_object_name(former);
-        for (int n = 2; unique && taken.contains(mended); ++n)
-            mended = mend_object_name(former) + "_" + std::to_string(n);
-        taken.insert(mended);
-        if (mended != former)
-            call.warn("the " + what + " \"" + former + "\" is named \"" + mended + "\"");
-        item.*name = mended;
-    }
-}
-
 void mend_names(Call& call, GridModel& model)
 {
     mend_names(call, model.properties, &PropertyData::name, "property");
     mend_names(call, model.regions, &RegionData::name, "region");
-    mend_names(call, model.layers, &LayerData::unit, "unit", false);
+    mend_units(call, model.layers);
 }
 
 /// Units and axes as the file states them, for the user to see at once what the numbers are.
@@ -107,24 +89,22 @@ void import_properties(Call& call)
         ReadOptions options;
         options.progress = call.progress_check();
         options.properties_only = true;
-        options.size = grid.model().size;
+        options.size = grid.header().size;
         options.active = grid.model().active;
         return GridFormats::for_reading(path).read(path, options);
     });
     if (read.model.properties.empty() && read.model.faults.empty())
-        call.fail(path + ": holds no properties for a grid of " + size_text(grid.model().size) + " cells", "file");
+        call.fail(path + ": holds no properties for a grid of " + size_text(grid.header().size) + " cells", "file");
     pass_on(call, read.messages);
     mend_names(call, read.model);
     call.count("properties", static_cast<double>(read.model.properties.size()));
     call.count("fault_segments", static_cast<double>(read.model.faults.size()));
     grid.change([&](GridModel& model) {
-        for (PropertyData& property : read.model.properties) {
-            const auto it = std::ranges::find(model.properties, property.name, &PropertyData::name);
-            if (it != model.properties.end())
-                *it = std::move(property);
-            else
-                model.properties.push_back(std::move(property));
-        }
+        model.properties.reserve(model.properties.size() + read.model.properties.size());
+        model.faults.reserve(model.faults.size() + read.model.faults.size());
+        // Nothing fails from here on.
+        for (PropertyData& property : read.model.properties)
+            put_item(model.properties, std::move(property));
         std::ranges::move(read.model.faults, std::back_inserter(model.faults));
     });
 }
@@ -153,9 +133,9 @@ void set_property_from_file(Call& call)
     PropertyData property;
     property.name = call.text("property");
     property.values = at_keyword(call, "file", [&] {
-        return read_values(call.text("file"), grid.model().cells(), call.progress_check());
+        return read_values(call.text("file"), grid.header().cells(), call.progress_check());
     });
-    call.count("cells", static_cast<double>(grid.model().cells()));
+    call.count("cells", static_cast<double>(grid.header().cells()));
     set_property(grid, std::move(property));
 }
 
@@ -166,22 +146,26 @@ void set_layers(Call& call)
     if (sources != 1)
         call.fail("set_layers takes \"units\" and \"sizes\", or \"property\", or \"file\"");
     std::vector<LayerData> layers;
-    const auto from_sizes = [&](std::vector<std::string> units, const std::vector<std::int64_t>& sizes, std::string_view keyword) {
-        for (const std::string& unit : units) {
-            if (const auto problem = check_object_name(unit))
-                call.fail("\"" + unit + "\" cannot be a unit: " + *problem, keyword);
-        }
+    const auto from_sizes = [&](const std::vector<std::string>& units, const std::vector<std::int64_t>& sizes,
+                                std::string_view keyword) {
         return at_keyword(call, keyword, [&] { return layers_from_sizes(grid.model(), units, sizes); });
     };
     if (call.has("property")) {
         (void)property_of(call, "property", grid.model());
         layers = at_keyword(call, "property", [&] { return layers_from_property(grid.model(), call.text("property")); });
+        mend_units(call, layers);
     } else if (call.has("file")) {
         const LayerFile file = at_keyword(call, "file", [&] { return read_layer_file(call.text("file")); });
         layers = from_sizes(file.units, file.sizes, "file");
+        mend_units(call, layers);
     } else {
+        const std::vector<std::string> units = split_joined(call.text("units"));
+        for (const std::string& unit : units) {
+            if (const auto problem = check_object_name(unit))
+                call.fail("\"" + unit + "\" cannot be a unit: " + *problem, "units");
+        }
         const std::vector<long> sizes = call.integers("sizes");
-        layers = from_sizes(split_joined(call.text("units")), {sizes.begin(), sizes.end()}, "sizes");
+        layers = from_sizes(units, {sizes.begin(), sizes.end()}, "sizes");
     }
     call.count("layers", static_cast<double>(layers.size()));
     grid.change([&](GridModel& model) {

@@ -24,9 +24,40 @@ void check_size(const GridSize& size)
             throw ModelError(fmt::format("a grid of {} x {} x {} cells cannot be", size[0], size[1], size[2]));
 }
 
+/// Numbers that are written one after another, with a question every now and then whether to go on.
+class NumberWriter {
+public:
+    NumberWriter(std::size_t total, const ProgressCheck& progress)
+        : total_(static_cast<double>(total)), progress_(progress)
+    {
+    }
+
+    void write(std::vector<double>& to, std::size_t count, double value)
+    {
+        while (count > 0) {
+            const std::size_t now = std::min(count, step - since_);
+            to.insert(to.end(), now, value);
+            count -= now;
+            since_ += now;
+            written_ += now;
+            if (since_ == step) {
+                check_progress(progress_, static_cast<double>(written_) / total_);
+                since_ = 0;
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t step = std::size_t{1} << 21;
+    double total_;
+    const ProgressCheck& progress_;
+    std::size_t written_ = 0, since_ = 0;
+};
+
 } // namespace
 
-GridModel make_box(const GridSize& size, const std::array<double, 3>& spacing, const std::array<double, 3>& origin)
+GridModel make_box(const GridSize& size, const std::array<double, 3>& spacing, const std::array<double, 3>& origin,
+                   const ProgressCheck& progress)
 {
     check_size(size);
     for (std::size_t axis = 0; axis < 3; ++axis)
@@ -50,17 +81,22 @@ GridModel make_box(const GridSize& size, const std::array<double, 3>& spacing, c
     if (!std::isfinite(volume) || !(volume > 0))
         throw ModelError(fmt::format("cells of {} x {} x {} have no volume that fits a 64-bit number", spacing[0],
                                      spacing[1], spacing[2]));
+    const auto pillar_numbers = static_cast<std::size_t>(6 * model.pillars());
+    const auto depths = static_cast<std::size_t>(8 * model.cells());
+    check_progress(progress, 0);
+    NumberWriter writer(pillar_numbers + depths, progress);
     std::vector<double> coord;
-    coord.reserve(static_cast<std::size_t>(6 * model.pillars()));
+    coord.reserve(pillar_numbers);
     for (std::int64_t j = 0; j <= size[1]; ++j)
         for (std::int64_t i = 0; i <= size[0]; ++i)
             for (const std::int64_t k : {std::int64_t{0}, size[2]})
-                coord.insert(coord.end(), {at(0, i), at(1, j), at(2, k)});
+                for (const double number : {at(0, i), at(1, j), at(2, k)})
+                    writer.write(coord, 1, number);
     std::vector<double> zcorn;
-    zcorn.reserve(static_cast<std::size_t>(8 * model.cells()));
+    zcorn.reserve(depths);
     for (std::int64_t k = 0; k < size[2]; ++k)
         for (const std::int64_t side : {k, k + 1})
-            zcorn.insert(zcorn.end(), static_cast<std::size_t>(4 * size[0] * size[1]), at(2, side));
+            writer.write(zcorn, static_cast<std::size_t>(4 * size[0] * size[1]), at(2, side));
     model.coord = RealArray(std::move(coord));
     model.zcorn = RealArray(std::move(zcorn));
     model.active.assign(static_cast<std::size_t>(model.cells()), 1);

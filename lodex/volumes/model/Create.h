@@ -9,9 +9,9 @@ namespace lodex {
 
 /// A box of equal cells, all active, depths in 64 bits. `spacing` is the size of a cell along I, J, K, positive;
 /// `origin` x, y and depth of the corner of cell (0, 0, 0) with the lowest of each. I runs along x, J along y, K down.
-/// Throws ModelError when a size is below 1 or a spacing is not a positive number.
+/// Throws ModelError when a size is below 1 or a spacing is not a positive number, Cancelled.
 [[nodiscard]] GridModel make_box(const GridSize& size, const std::array<double, 3>& spacing,
-                                 const std::array<double, 3>& origin = {0, 0, 0});
+                                 const std::array<double, 3>& origin = {0, 0, 0}, const ProgressCheck& progress = {});
 
 /// Size of the example field when nothing else is asked for.
 inline constexpr GridSize example_size{50, 40, 40};

@@ -199,7 +199,8 @@ std::vector<LayerSurface> layer_surfaces(const GridModel& model, double depth_un
         LayerSurface surface{true, starts[unit], starts[unit + 1] - 1, 0, 0, layer.style};
         const double thickness = static_cast<double>(layer.cell_thickness) * depth_unit;
         if (layer.style != Lodex::LayerInfo::Proportional && !(thickness > 0 && std::isfinite(thickness))) {
-            warnings.push_back(fmt::format("layer \"{}\" has no cell thickness: it is divided evenly", layer.unit));
+            if (layer.nb_k_cells > 1)
+                warnings.push_back(fmt::format("layer \"{}\" has no cell thickness: it is divided evenly", layer.unit));
             surface.style = Lodex::LayerInfo::Proportional;
         }
         const bool from_top = surface.style == Lodex::LayerInfo::ParallelToTop;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Carry.h"
 #include "Derivation.h"
 #include "GridModel.h"
 
@@ -21,17 +22,10 @@ enum class RegionMode {
     MostFrequent = 3 ///< only the copied region that holds the most of its cells; all of them on a tie
 };
 
-/// What passes on to a merged grid besides geometry, flags, layers, model regions, faults and the frame.
-struct MergeOptions {
-    bool copy_properties = false;
-    std::optional<std::vector<std::string>> properties; ///< names; nothing given: all of them
-    bool copy_regions = false;
-    std::optional<std::vector<std::string>> regions; ///< names; nothing given: all of them
+/// What passes on to a merged grid.
+struct MergeOptions : CarryOptions {
     RegionMode region_mode = RegionMode::Any;
-    double percentile = 0;          ///< 0 to 100, looked at for CellShare and VolumeShare only
-    bool copy_fault_blocks = false; ///< regions "fault_block_1", ... of the new grid
-    std::string source_name;        ///< name of the source, for the record
-    double depth_unit = 1;          ///< length of the vertical unit of LayerData::cell_thickness in units of the depths
+    double percentile = 0; ///< 0 to 100, looked at for CellShare and VolumeShare only
 };
 
 /// Merge of sections along one axis.
@@ -45,22 +39,14 @@ struct MergeRequest : MergeOptions {
     bool model_info = false; ///< K surfaces come from the layers instead of from the old cells
 };
 
-/// What a merge did.
-struct MergeReport {
-    GridSize size_before{}, size_after{};
-    std::int64_t active_before = 0, active_after = 0;
-    double bulk_volume_before = 0, bulk_volume_after = 0;   ///< active cells
-    double total_volume_before = 0, total_volume_after = 0; ///< all cells
-    /// |new - sum of old| / sum of old over the active cells of the new grid that were merged or moved, all cells of
-    /// the old grid counted whatever their flag. A cell that came from nothing but flat cells counts 1 when it has
-    /// volume.
-    double max_relative_difference = 0;
-    double mean_relative_difference = 0;
+/// What a merge did. The relative differences are |new - sum of old| / sum of old over the active cells of the new grid
+/// that were merged or moved, all cells of the old grid counted whatever their flag. A cell that came from nothing but
+/// flat cells counts 1 when it has volume.
+struct MergeReport : ChangeReport {
     std::int64_t merged_cells = 0;   ///< new cells made of more than one cell
     std::int64_t gave_way = 0;       ///< merged cells whose kept section was inactive and another one took its place
     std::int64_t undefined = 0;      ///< merged cells without any active cell: their values are undefined
     std::int64_t dropped_faults = 0; ///< fault segments that lie wholly inside merged cells
-    std::vector<std::string> warnings;
 };
 
 /// Section of `run` whose values are kept: `wanted` itself inside the run; another value v >= 0 means

@@ -1,10 +1,9 @@
 #include "PropertyTools.h"
 
+#include "ParallelBlocks.h"
 #include "Random.h"
 
 #include <fmt/format.h>
-#include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <array>
@@ -24,6 +23,17 @@ template <class Value> bool defined(Value value, const std::optional<double>& no
         return std::isfinite(value) && !(no_data && value == static_cast<Value>(*no_data));
     else
         return !(no_data && static_cast<double>(value) == *no_data);
+}
+
+/// Calls work(cell) for all cells, on all threads.
+template <class Work> void for_cells(std::size_t cells, const ProgressCheck& progress, const Work& work)
+{
+    constexpr std::size_t length = 65536;
+    for_blocks(static_cast<std::int64_t>((cells + length - 1) / length), progress, [&](std::int64_t block) {
+        const std::size_t first = static_cast<std::size_t>(block) * length;
+        for (std::size_t cell = first; cell < std::min(cells, first + length); ++cell)
+            work(cell);
+    });
 }
 
 bool fits_32_bits(double value)
@@ -83,7 +93,8 @@ PropertyData constant_property(const GridModel& model, std::string name, double 
             false};
 }
 
-PropertyData lognormal_property(const GridModel& model, std::string name, double mean, double sigma, std::uint64_t seed)
+PropertyData lognormal_property(const GridModel& model, std::string name, double mean, double sigma,
+                                std::uint64_t seed, const ProgressCheck& progress)
 {
     if (!(mean > 0) || !std::isfinite(mean))
         throw ModelError(fmt::format("the mean {} of lognormal values is not above 0", mean));
@@ -93,16 +104,13 @@ PropertyData lognormal_property(const GridModel& model, std::string name, double
     const double location = exactly::log(mean) - sigma * sigma / 2;
     std::vector<float> values(static_cast<std::size_t>(model.cells()));
     std::atomic<bool> overflow{false};
-    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, values.size(), 65536),
-                      [&](const tbb::blocked_range<std::size_t>& range) {
-                          for (std::size_t cell = range.begin(); cell != range.end(); ++cell) {
-                              const double value = exactly::exp(location + sigma * random.normal(cell));
-                              if (value <= largest_value)
-                                  values[cell] = static_cast<float>(value);
-                              else
-                                  overflow = true;
-                          }
-                      });
+    for_cells(values.size(), progress, [&](std::size_t cell) {
+        const double value = exactly::exp(location + sigma * random.normal(cell));
+        if (value <= largest_value)
+            values[cell] = static_cast<float>(value);
+        else
+            overflow = true;
+    });
     if (overflow)
         throw ModelError(fmt::format("lognormal values of mean {} and standard deviation {} do not fit 32-bit numbers",
                                      mean, sigma));
@@ -110,7 +118,7 @@ PropertyData lognormal_property(const GridModel& model, std::string name, double
 }
 
 RegionData region_from_range(const GridModel& model, std::string name, std::string_view property_name,
-                             std::optional<double> min, std::optional<double> max)
+                             std::optional<double> min, std::optional<double> max, const ProgressCheck& progress)
 {
     const PropertyData* const property = model.find_property(property_name);
     if (!property || property->on_points)
@@ -122,10 +130,10 @@ RegionData region_from_range(const GridModel& model, std::string name, std::stri
     RegionData region{std::move(name), std::vector<std::uint8_t>(property->size()), false};
     std::visit(
         [&](const auto& values) {
-            for (std::size_t cell = 0; cell < values.size(); ++cell) {
+            for_cells(values.size(), progress, [&](std::size_t cell) {
                 const auto value = static_cast<double>(values[cell]);
                 region.flags[cell] = defined(values[cell], property->no_data) && value >= low && value <= high;
-            }
+            });
         },
         property->values);
     return region;

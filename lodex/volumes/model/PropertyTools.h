@@ -28,13 +28,14 @@ double undefined_value(PropertyData& property);
 /// Lognormal values, independent from cell to cell and the same for the same seed on every machine, 32-bit. `mean` is
 /// the arithmetic mean of the distribution, `sigma` the standard deviation of the natural logarithm: the value is
 /// exp(ln(mean) - sigma^2/2 + sigma n), n standard normal. Throws ModelError unless mean > 0
-/// and sigma >= 0, and when a value does not fit 32 bits.
+/// and sigma >= 0, and when a value does not fit 32 bits; Cancelled.
 [[nodiscard]] PropertyData lognormal_property(const GridModel& model, std::string name, double mean, double sigma,
-                                              std::uint64_t seed);
+                                              std::uint64_t seed, const ProgressCheck& progress = {});
 
 /// Region of the cells whose value is defined and lies in [min, max], whatever their active flag; an end that is not
-/// given is open. Throws ModelError when there is no such property on cells, or min > max.
+/// given is open. Throws ModelError when there is no such property on cells, or min > max; Cancelled.
 [[nodiscard]] RegionData region_from_range(const GridModel& model, std::string name, std::string_view property,
-                                           std::optional<double> min, std::optional<double> max);
+                                           std::optional<double> min, std::optional<double> max,
+                                           const ProgressCheck& progress = {});
 
 } // namespace lodex

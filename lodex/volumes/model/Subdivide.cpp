@@ -1,9 +1,9 @@
 #include "Subdivide.h"
 
+#include "ArrayMaker.h"
 #include "CellGeometry.h"
 #include "FaultBlocks.h"
 #include "Layering.h"
-#include "MergeCarry.h"
 #include "ParallelBlocks.h"
 #include "SubdivideBlocks.h"
 #include "SubdividePillars.h"
@@ -13,90 +13,21 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <functional>
-#include <future>
 
 namespace lodex {
 
 namespace {
 
-template <class Item>
-void check_names(bool wanted, const std::optional<std::vector<std::string>>& names, const std::vector<Item>& items,
-                 std::string_view what)
+// Ordinary pages, not large ones: those come quickly only while the system has some at hand. A virtual machine that
+// gives its free memory back has to fetch each one first, which took five times as long.
+template <class T> void make_zeros(ArrayMaker& maker, std::vector<T>& array, std::size_t size)
 {
-    if (!wanted || !names)
-        return;
-    for (const std::string& name : *names)
-        if (std::ranges::find(items, name, &Item::name) == items.end())
-            throw ModelError(fmt::format("the grid has no {} \"{}\"", what, name));
-}
-
-bool chosen(bool wanted, const std::optional<std::vector<std::string>>& names, const std::string& name)
-{
-    return wanted && (!names || std::ranges::find(*names, name) != names->end());
-}
-
-// The arrays of a new grid, made side by side: most of the time goes into touching their pages for the first time.
-class ArrayMaker {
-public:
-    /// The empty `array` gets `size` zeros when run() is called.
-    template <class T> void add(std::vector<T>& array, std::size_t size)
-    {
-        work_.emplace_back([this, &array, size] {
-            array.reserve(size);
-            // Ordinary pages, not large ones: those come quickly only while the system has some at hand. A virtual
-            // machine that gives its free memory back has to fetch each one first, which took five times as long.
-            constexpr std::size_t step = (std::size_t{1} << 24) / sizeof(T);
-            while (array.size() < size && !stop_.load(std::memory_order_relaxed))
-                array.resize(std::min(size, array.size() + step));
-        });
-    }
-    void add(std::function<void()> work) { work_.push_back(std::move(work)); }
-
-    /// On other threads, so that this one can ask for the user's wish meanwhile. Throws Cancelled.
-    void run(const ProgressCheck& progress)
-    {
-        auto made = std::async(std::launch::async, [this] {
-            tbb::parallel_for(std::size_t{0}, work_.size(), [this](std::size_t n) { work_[n](); });
-        });
-        constexpr std::chrono::milliseconds interval(20);
-        while (made.wait_for(interval) != std::future_status::ready)
-            if (progress && !stop_ && !progress(0))
-                stop_ = true;
-        made.get();
-        if (stop_)
-            throw Cancelled{};
-    }
-
-private:
-    std::atomic<bool> stop_ = false;
-    std::vector<std::function<void()>> work_;
-};
-
-// Properties and regions that pass on, without values yet.
-void choose_items(const GridModel& source, const SubdivideRequest& request, GridModel& result)
-{
-    for (const PropertyData& p : source.properties)
-        if (chosen(request.copy_properties, request.properties, p.name))
-            result.properties.push_back({p.name, p.unit, {}, p.no_data, p.code_names, p.on_points});
-    for (const RegionData& region : source.regions)
-        if (region.model || chosen(request.copy_regions, request.regions, region.name))
-            result.regions.push_back({region.name, {}, region.model});
-}
-
-void fill_report(SubdivideReport& report, const SubdivideSums& sums)
-{
-    report.active_before = sums.cells_before;
-    report.active_after = sums.cells_after;
-    report.bulk_volume_before = sums.active_before.value();
-    report.bulk_volume_after = sums.active_after.value();
-    report.total_volume_before = sums.total_before.value();
-    report.total_volume_after = sums.total_after.value();
-    report.max_relative_difference = sums.max_relative;
-    report.mean_relative_difference = sums.compared ? sums.relative.value() / static_cast<double>(sums.compared) : 0;
-    report.divided_cells = sums.divided;
-    report.pinched = sums.pinched;
+    maker.add([&stop = maker.stop(), &array, size] {
+        array.reserve(size);
+        constexpr std::size_t step = (std::size_t{1} << 24) / sizeof(T);
+        while (array.size() < size && !stop.load(std::memory_order_relaxed))
+            array.resize(std::min(size, array.size() + step));
+    });
 }
 
 } // namespace
@@ -108,8 +39,7 @@ GridModel subdivide_sections(const GridModel& source, const SubdivideRequest& re
     report = {};
     GridModel result;
     result.size = subdivided_size(source.size, request);
-    check_names(request.copy_properties, request.properties, source.properties, "property");
-    check_names(request.copy_regions, request.regions, source.regions, "region");
+    choose_items(source, request, result);
     report.size_before = source.size;
     report.size_after = result.size;
     const auto along = [&](int axis) {
@@ -126,12 +56,11 @@ GridModel subdivide_sections(const GridModel& source, const SubdivideRequest& re
         surfaces = layer_surfaces(source, request.depth_unit, report.warnings);
     check_progress(progress, 0);
 
-    choose_items(source, request, result);
     const auto cells = static_cast<std::size_t>(result.cells());
     std::vector<double> depths;
     ArrayMaker maker;
-    maker.add(depths, 8 * cells);
-    maker.add(result.active, cells);
+    make_zeros(maker, depths, 8 * cells);
+    make_zeros(maker, result.active, cells);
     for (PropertyData& property : result.properties) {
         const PropertyData& from = *source.find_property(property.name);
         if (property.on_points)
@@ -143,12 +72,12 @@ GridModel subdivide_sections(const GridModel& source, const SubdivideRequest& re
             std::visit(
                 [&](const auto& values) {
                     using Values = std::remove_cvref_t<decltype(values)>;
-                    maker.add(property.values.emplace<Values>(), cells);
+                    make_zeros(maker, property.values.emplace<Values>(), cells);
                 },
                 from.values);
     }
     for (RegionData& region : result.regions)
-        maker.add(region.flags, cells);
+        make_zeros(maker, region.flags, cells);
     maker.run(progress);
 
     constexpr double end_of_pillars = 0.1;
@@ -163,7 +92,10 @@ GridModel subdivide_sections(const GridModel& source, const SubdivideRequest& re
             job.properties.push_back({source.find_property(property.name), &property});
     for (RegionData& region : result.regions)
         job.regions.push_back({source.find_region(region.name)->flags.data(), region.flags.data()});
-    fill_report(report, subdivide_cells(job, partial_progress(progress, end_of_pillars, end_of_cells)));
+    const SubdivideSums sums = subdivide_cells(job, partial_progress(progress, end_of_pillars, end_of_cells));
+    sums.write(report);
+    report.divided_cells = sums.divided;
+    report.pinched = sums.pinched;
     result.zcorn = RealArray(std::move(depths));
 
     std::int64_t dropped = 0;

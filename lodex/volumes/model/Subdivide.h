@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Carry.h"
 #include "Derivation.h"
 #include "GridModel.h"
 
@@ -22,37 +23,22 @@ struct SectionDivision {
     std::optional<double> thickness;
 };
 
-/// What is divided, and what passes on to the new grid besides geometry, flags, layers, model regions, faults and the
-/// frame.
-struct SubdivideRequest {
+/// What is divided, and what passes on to the new grid.
+struct SubdivideRequest : CarryOptions {
     int axis = 2;                           ///< 0: I, 1: J, 2: K
     std::vector<SectionDivision> divisions; ///< in any order, no section twice; empty: a plain copy
     bool percent = false;      ///< thicknesses are percents of the original cell's, else lengths of `thickness_unit`
     bool vertical = false;     ///< along K: a thickness is measured vertically, else along the pillar
     double thickness_unit = 1; ///< length of one unit of the thicknesses in units of the grid's coordinates
     bool model_info = false;   ///< along K: the cells are first laid out anew from the layers
-    double depth_unit = 1;     ///< length of the vertical unit of LayerData::cell_thickness in units of the depths
-    bool copy_properties = false;
-    std::optional<std::vector<std::string>> properties; ///< names; nothing given: all of them
-    bool copy_regions = false;
-    std::optional<std::vector<std::string>> regions; ///< names; nothing given: all of them
-    bool copy_fault_blocks = false;                  ///< regions "fault_block_1", ... of the new grid
-    std::string source_name;                         ///< name of the source, for the record
 };
 
-/// What a subdivision did.
-struct SubdivideReport {
-    GridSize size_before{}, size_after{};
-    std::int64_t active_before = 0, active_after = 0;
-    double bulk_volume_before = 0, bulk_volume_after = 0;   ///< active cells
-    double total_volume_before = 0, total_volume_after = 0; ///< all cells
-    /// |sum of new - old| / old over the active cells of the old grid that were divided or moved, all cells of the new
-    /// grid counted whatever their flag. A cell without volume counts 1 when it got some, else 0.
-    double max_relative_difference = 0;
-    double mean_relative_difference = 0;
+/// What a subdivision did. The relative differences are |sum of new - old| / old over the active cells of the old grid
+/// that were divided or moved, all cells of the new grid counted whatever their flag. A cell without volume counts 1
+/// when it got some, else 0.
+struct SubdivideReport : ChangeReport {
     std::int64_t divided_cells = 0; ///< old cells that became more than one
     std::int64_t pinched = 0;       ///< new cells of active ones that are inactive since nothing was left for them
-    std::vector<std::string> warnings;
 };
 
 /// Size of the new grid. Throws ModelError when the request does not fit (the message names the section): no such axis

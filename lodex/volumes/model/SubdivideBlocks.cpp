@@ -12,15 +12,7 @@ namespace lodex {
 
 void SubdivideSums::add(const SubdivideSums& other)
 {
-    active_before.add(other.active_before);
-    total_before.add(other.total_before);
-    active_after.add(other.active_after);
-    total_after.add(other.total_after);
-    relative.add(other.relative);
-    max_relative = std::max(max_relative, other.max_relative);
-    cells_before += other.cells_before;
-    cells_after += other.cells_after;
-    compared += other.compared;
+    ChangeSums::add(other);
     divided += other.divided;
     pinched += other.pinched;
 }

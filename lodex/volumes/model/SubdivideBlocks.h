@@ -1,8 +1,8 @@
 #pragma once
 
+#include "ChangeSums.h"
 #include "Layering.h"
 #include "SubdividePlan.h"
-#include "Summation.h"
 
 #include <array>
 #include <cstdint>
@@ -34,10 +34,8 @@ struct SubdivideJob {
 };
 
 /// Sums over cells for the report.
-struct SubdivideSums {
-    CompensatedSum active_before, total_before, active_after, total_after, relative;
-    double max_relative = 0;
-    std::int64_t cells_before = 0, cells_after = 0, compared = 0, divided = 0, pinched = 0;
+struct SubdivideSums : ChangeSums {
+    std::int64_t divided = 0, pinched = 0;
 
     void add(const SubdivideSums& other);
 };

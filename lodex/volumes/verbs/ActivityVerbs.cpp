@@ -11,14 +11,18 @@ namespace {
 void fill_layers(Call& call)
 {
     CornerPointGrid& grid = grid_of(call);
-    grid.change([](GridModel& model) { fill_layering_info(model); });
-    call.count("layers", static_cast<double>(grid.model().layers.size()));
+    grid.change([&call](GridModel& model) {
+        fill_layering_info(model);
+        mend_units(call, model.layers);
+    });
+    call.count("layers", static_cast<double>(grid.header().layers.size()));
 }
 
 void create_upgridding(Call& call)
 {
     auto data = at_keyword(call, "modifications", [&] { return coarsening_from_text(call.text("modifications")); });
-    if (!Lodex::SGridUpgriddingActivityData::create_upgridding_activity(&grid_of(call), &grid_of(call, "result"), data.release()))
+    Lodex::SGrid& coarse = as_grid(call.object_of("result"));
+    if (!Lodex::SGridUpgriddingActivityData::create_upgridding_activity(&grid_head_of(call), &coarse, data.release()))
         call.fail("no record of such a coarsening leads from \"" + call.object()->name().str() + "\" to \"" +
                       call.text("result") + "\"",
                   "result");
@@ -27,8 +31,8 @@ void create_upgridding(Call& call)
 void create_downgridding(Call& call)
 {
     auto data = at_keyword(call, "modifications", [&] { return refinement_from_text(call.text("modifications")); });
-    if (!Lodex::SGridDowngriddingActivityData::create_downgridding_activity(&grid_of(call), &grid_of(call, "result"),
-                                                                            data.release()))
+    Lodex::SGrid& fine = as_grid(call.object_of("result"));
+    if (!Lodex::SGridDowngriddingActivityData::create_downgridding_activity(&grid_head_of(call), &fine, data.release()))
         call.fail("no record of such a refinement leads from \"" + call.object()->name().str() + "\" to \"" +
                       call.text("result") + "\"",
                   "result");
@@ -37,7 +41,7 @@ void create_downgridding(Call& call)
 void create_coarsening(Call& call)
 {
     using Activity = Lodex::SGridGridCoarseningModificationActivityData;
-    CornerPointGrid& grid = grid_of(call);
+    CornerPointGrid& grid = grid_head_of(call);
     const std::string name = call.text("activity");
     auto data = at_keyword(call, "modifications", [&] { return coarsening_from_text(call.text("modifications")); });
     std::vector<GridModification> modifications;
@@ -48,7 +52,7 @@ void create_coarsening(Call& call)
     }
     for (const auto& m : data->modifications())
         modifications.push_back({m.axis, m.first, m.last, m.step});
-    at_keyword(call, "modifications", [&] { return merge_sections_of(modifications, grid.model().size); });
+    at_keyword(call, "modifications", [&] { return merge_sections_of(modifications, grid.header().size); });
     if (existing) {
         for (const auto& m : data->modifications())
             existing->grid_coarsening_data()->add_modification(m.axis, m.first, m.last, m.step);
@@ -75,8 +79,8 @@ void apply_coarsening_activity(Call& call)
         return apply_coarsening(grid.model(), modifications, options, report, call.progress_check());
     });
     const CornerPointGrid* result = add_grid(call.text("name"), std::move(coarse));
-    call.count("cells", static_cast<double>(result->model().cells()));
-    call.info("SGrid \"" + result->name().str() + "\": " + size_text(result->model().size) + " cells");
+    call.count("cells", static_cast<double>(result->header().cells()));
+    call.info("SGrid \"" + result->name().str() + "\": " + size_text(result->header().size) + " cells");
     for (const std::string& warning : report.warnings)
         call.warn(warning);
 }

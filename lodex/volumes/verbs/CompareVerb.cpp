@@ -56,7 +56,7 @@ void run(Call& call)
     report["mean_absolute_difference"] = comparison.mean_absolute;
     report["largest_absolute_difference"] = comparison.largest_absolute;
     if (comparison.largest_cell >= 0) {
-        const GridSize& size = coarse.model().size;
+        const GridSize& size = coarse.header().size;
         const std::int64_t cell = comparison.largest_cell;
         report["largest_at"] = {cell % size[0] + 1, cell / size[0] % size[1] + 1, cell / (size[0] * size[1]) + 1};
     }

@@ -42,7 +42,9 @@ void create_box(Call& call)
 {
     const auto spacing = triple(call, "spacing", call.reals("spacing"));
     const auto origin = triple(call, "origin", call.reals("origin"));
-    GridModel model = at_keyword(call, "spacing", [&] { return make_box(read_size(call), spacing, origin); });
+    GridModel model = at_keyword(call, "spacing", [&] {
+        return make_box(read_size(call), spacing, origin, call.progress_check());
+    });
     report(call, *add_grid(call.text("name"), std::move(model)));
 }
 

@@ -38,7 +38,7 @@ void run(Call& call)
     }
     const auto method = std::ranges::find(creation_methods, call.text("method")) - creation_methods.begin();
     const double value = call.real("value");
-    const long layers = static_cast<long>(grid.model().size[2]);
+    const long layers = static_cast<long>(grid.header().size[2]);
     if (layers < 2)
         call.fail("the grid has one K layer: there is nothing to group");
     if (method != Kelvane::FlowUnitStatsManager::NumberOfFlowUnits && method < Kelvane::FlowUnitStatsManager::MaximumThreshold && value < 0)
@@ -91,7 +91,7 @@ void run(Call& call)
         GridModel merged =
             at_keyword(call, "name", [&] { return merge_sections(grid.model(), request, report, call.progress_check()); });
         const CornerPointGrid* made = add_grid(call.text("name"), std::move(merged));
-        call.info("SGrid \"" + made->name().str() + "\": " + size_text(made->model().size) + " cells");
+        call.info("SGrid \"" + made->name().str() + "\": " + size_text(made->header().size) + " cells");
         for (const std::string& warning : report.warnings)
             call.warn(warning);
     }

@@ -1,14 +1,7 @@
 #include "VerbTools.h"
 
-#include "lodex/interpreter/Lists.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/model/Merge.h"
-
-#include <Lodex/geobase/Style.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
 
 namespace lodex {
 
@@ -30,7 +23,6 @@ MergeRequest read_request(const Call& call, const CornerPointGrid& source)
 {
     MergeRequest request;
     request.axis = axis_of_direction(call);
-    request.source_name = source.name().str();
 
     const std::vector<long> bounds = call.integers("sections");
     if (bounds.size() % 2 != 0)
@@ -46,10 +38,7 @@ MergeRequest read_request(const Call& call, const CornerPointGrid& source)
                   "property_sections");
     }
 
-    request.copy_properties = call.flag("copy_properties");
-    request.properties = properties_to_copy(call, "properties", source.model());
-    request.copy_regions = call.flag("copy_regions");
-    request.regions = regions_to_copy(call, "regions", source.model());
+    read_carry_options(call, source, request);
     request.region_mode = static_cast<RegionMode>(call.integer("region_mode"));
     if (request.region_mode == RegionMode::CellShare || request.region_mode == RegionMode::VolumeShare) {
         const auto percentile = parse_double(call.text("percentile"));
@@ -57,7 +46,6 @@ MergeRequest read_request(const Call& call, const CornerPointGrid& source)
             call.fail("\"percentile\" is \"" + call.text("percentile") + "\"; expected 0 to 100", "percentile");
         request.percentile = *percentile;
     }
-    request.copy_fault_blocks = call.flag("copy_fb_regions");
     request.model_info = call.flag("model_info");
     return request;
 }
@@ -70,13 +58,8 @@ void run(Call& call)
     GridModel merged = at_keyword(call, "sections", [&] {
         return merge_sections(source.model(), request, result, call.progress_check());
     });
-    const std::string name = call.text("name");
-    const CornerPointGrid* grid = add_grid(name, std::move(merged));
-    if (call.flag("copy_style")) {
-        if (const Lodex::Style* style = source.style())
-            grid->style()->copy_attributes(*style);
-    }
-    report(call, name, result);
+    add_made_grid(call, source, std::move(merged));
+    report(call, call.text("name"), result);
 }
 
 const VerbRegistration registration{

@@ -1,6 +1,8 @@
 #include "VerbTools.h"
 
 #include "lodex/utils/Numbers.h"
+#include "lodex/volumes/model/FaultBlocks.h"
+#include "lodex/volumes/model/Layering.h"
 #include "lodex/volumes/model/PropertyTools.h"
 
 #include <algorithm>
@@ -23,10 +25,11 @@ void fill_property(Call& call)
             call.fail("\"lognormal\" holds " + std::to_string(parameters.size()) + " numbers; expected MEAN+SIGMA", "lognormal");
         set_property(grid, at_keyword(call, "lognormal", [&] {
                          return lognormal_property(grid.model(), name, parameters[0], parameters[1],
-                                                   static_cast<std::uint64_t>(call.integer("seed")));
+                                                   static_cast<std::uint64_t>(call.integer("seed")),
+                                                   call.progress_check());
                      }));
     }
-    call.count("cells", static_cast<double>(grid.model().cells()));
+    call.count("cells", static_cast<double>(grid.header().cells()));
 }
 
 void define_region(Call& call)
@@ -38,17 +41,27 @@ void define_region(Call& call)
     };
     const std::string name = call.text("region");
     RegionData region = at_keyword(call, call.has("min") ? "min" : "max", [&] {
-        return region_from_range(grid.model(), name, call.text("property"), bound("min"), bound("max"));
+        return region_from_range(grid.model(), name, call.text("property"), bound("min"), bound("max"),
+                                 call.progress_check());
     });
     const auto cells = std::ranges::count(region.flags, 1);
-    grid.change([&](GridModel& model) {
-        const auto it = std::ranges::find(model.regions, name, &RegionData::name);
-        if (it != model.regions.end())
-            *it = std::move(region);
-        else
-            model.regions.push_back(std::move(region));
-    });
+    grid.change([&](GridModel& model) { put_item(model.regions, std::move(region)); });
     call.count("cells", static_cast<double>(cells));
+}
+
+void define_unit_regions(Call& call)
+{
+    CornerPointGrid& grid = grid_of(call);
+    if (grid.header().layers.empty())
+        call.fail("SGrid \"" + grid.name().str() + "\" has no stratigraphic units");
+    std::vector<RegionData> regions = unit_regions(grid.model());
+    for (const RegionData& region : regions) {
+        const RegionData* former = grid.model().find_region(region.name);
+        if (former && !former->model)
+            call.fail("SGrid \"" + grid.name().str() + "\" has a region \"" + region.name + "\" that comes from no unit");
+    }
+    call.count("regions", static_cast<double>(regions.size()));
+    grid.change([&](GridModel& model) { replace_regions(model, std::move(regions)); });
 }
 
 const VerbRegistration fill_registration{
@@ -73,6 +86,13 @@ const VerbRegistration region_registration{
                   {.name = "min", .kind = ValueKind::Real, .meaning = "least value; absent: no lower bound"},
                   {.name = "max", .kind = ValueKind::Real, .meaning = "largest value; absent: no upper bound"}},
      .run = define_region}};
+
+const VerbRegistration unit_regions_registration{
+    {.name = "define_unit_regions",
+     .object_type = "SGrid",
+     .summary = "Makes (or replaces) a model region of every stratigraphic unit. Model regions always pass on to the grids that "
+                "are made from this one.",
+     .run = define_unit_regions}};
 
 } // namespace
 

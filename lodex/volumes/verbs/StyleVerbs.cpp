@@ -40,12 +40,12 @@ std::string checked_sections(Call& call, const std::string& value, const GridSiz
             continue;
         }
         ++count;
-        kept += " " + std::to_string(axis) + " " + std::to_string(flag) + " " + std::to_string(section);
+        kept += ' ' + std::to_string(axis) + " " + std::to_string(flag) + " " + std::to_string(section);
     }
     if (outside == 0)
         return value;
     call.warn("painted sections outside the grid are left out: " + std::to_string(outside));
-    return " " + std::to_string(count) + kept;
+    return ' ' + std::to_string(count) + kept;
 }
 
 void set_attribute(Call& call)
@@ -55,7 +55,7 @@ void set_attribute(Call& call)
     std::string value = call.text("value");
     if (attribute == "*sections") {
         const CornerPointGrid* grid = find_grid(style.name().str());
-        value = checked_sections(call, value, grid ? &grid->model().size : nullptr);
+        value = checked_sections(call, value, grid ? &grid->header().size : nullptr);
     }
     style.set_attribute(attribute, value);
 }

@@ -6,8 +6,6 @@
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/model/Subdivide.h"
 
-#include <Lodex/geobase/Style.h>
-
 #include <algorithm>
 #include <array>
 
@@ -95,17 +93,12 @@ SubdivideRequest read_request(const Call& call, const CornerPointGrid& source)
 {
     SubdivideRequest request;
     request.axis = axis_of_direction(call);
-    request.source_name = source.name().str();
     request.divisions = read_sections(call);
     request.percent = call.flag("percent_cell_thickness");
     request.vertical = call.flag("vertical_cell_thickness");
     request.model_info = call.flag("model_info");
     request.thickness_unit = unit_in_grid(source.model(), request.axis);
-    request.copy_properties = call.flag("copy_properties");
-    request.properties = properties_to_copy(call, "properties", source.model());
-    request.copy_regions = call.flag("copy_regions");
-    request.regions = regions_to_copy(call, "regions", source.model());
-    request.copy_fault_blocks = call.flag("copy_fb_regions");
+    read_carry_options(call, source, request);
     return request;
 }
 
@@ -115,20 +108,15 @@ void run(Call& call)
     const SubdivideRequest request = read_request(call, source);
     SubdivideReport result;
     GridModel fine = at_keyword(call, "sections", [&] {
-        const GridSize size = subdivided_size(source.model().size, request);
+        const GridSize size = subdivided_size(source.header().size, request);
         if (bytes_needed(source.model(), request, size) > static_cast<double>(model_memory_limit()))
             throw ModelError("a grid of " + size_text(size) + " cells asks for more memory than the " +
                              format_general(static_cast<double>(model_memory_limit()), 4) +
                              " bytes that a model may take");
         return subdivide_sections(source.model(), request, result, call.progress_check());
     });
-    const std::string name = call.text("name");
-    const CornerPointGrid* grid = add_grid(name, std::move(fine));
-    if (call.flag("copy_style")) {
-        if (const Lodex::Style* style = source.style())
-            grid->style()->copy_attributes(*style);
-    }
-    report(call, name, result);
+    add_made_grid(call, source, std::move(fine));
+    report(call, call.text("name"), result);
 }
 
 const VerbRegistration registration{

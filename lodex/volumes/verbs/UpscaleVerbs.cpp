@@ -32,7 +32,7 @@ std::vector<std::uint8_t> region_flags(const Call& call, std::string_view keywor
     const std::string text = call.text(keyword);
     try {
         const Kelvane::RegionCells cells(grid, text);
-        std::vector<std::uint8_t> flags(static_cast<std::size_t>(grid.model().cells()), 1);
+        std::vector<std::uint8_t> flags(static_cast<std::size_t>(grid.header().cells()), 1);
         if (!cells.everywhere()) {
             for (std::size_t cell = 0; cell < flags.size(); ++cell)
                 flags[cell] = cells.holds(cell) ? 1 : 0;
@@ -170,20 +170,21 @@ public:
     void store(std::vector<PropertyData> properties, std::span<const std::uint8_t> problems, const std::string& name) const
     {
         const bool any = std::ranges::find(problems, 1) != problems.end();
-        const std::string region_name = problem_prefix + name;
+        const bool region_wanted = call_.flag("create_region_if_problems");
+        RegionData region{problem_prefix + name, {}, false};
+        if (region_wanted)
+            region.flags.assign(problems.begin(), problems.end());
         coarse_.change([&](GridModel& model) {
-            for (PropertyData& property : properties) {
-                const auto it = std::ranges::find(model.properties, property.name, &PropertyData::name);
-                if (it != model.properties.end())
-                    *it = std::move(property);
-                else
-                    model.properties.push_back(std::move(property));
-            }
-            if (!call_.flag("create_region_if_problems"))
+            model.properties.reserve(model.properties.size() + properties.size());
+            model.regions.reserve(model.regions.size() + 1);
+            // Nothing fails from here on.
+            for (PropertyData& property : properties)
+                put_item(model.properties, std::move(property));
+            if (!region_wanted)
                 return;
-            std::erase_if(model.regions, [&](const RegionData& region) { return region.name == region_name; });
+            std::erase_if(model.regions, [&](const RegionData& former) { return former.name == region.name; });
             if (any)
-                model.regions.push_back({region_name, {problems.begin(), problems.end()}, false});
+                model.regions.push_back(std::move(region));
         });
     }
 
@@ -293,8 +294,8 @@ void upscale_average(Call& call, const std::string& family, const std::string& f
     const auto matched = upscaling.match(part_of_progress(call, 0, 0.5));
     const Kelvane::AverageRequest request{
         .mapping = matched->mapping(),
-        .fine_size = upscaling.fine().model().size,
-        .coarse_size = upscaling.coarse().model().size,
+        .fine_size = upscaling.fine().header().size,
+        .coarse_size = upscaling.coarse().header().size,
         .coarse_cells = upscaling.coarse_cells(),
         .property = FineProperty(property, upscaling.fine_region()),
         .method = *method,
@@ -312,8 +313,8 @@ void upscale_average(Call& call, const std::string& family, const std::string& f
     const bool codes = family == "Indicator" && property.discrete();
     std::vector<PropertyData> made;
     made.push_back(upscaling.make_property(name, result.values, property, codes));
-    upscaling.store(std::move(made), result.problems, name);
     upscaling.report(result.report, name);
+    upscaling.store(std::move(made), result.problems, name);
 }
 
 void upscale_porosity(Call& call)
@@ -387,7 +388,7 @@ void upscale_permeability(Call& call)
     const auto matched = upscaling.match(part_of_progress(call, 0, 0.3));
     const Kelvane::PermeabilityRequest request{
         .matched = *matched,
-        .fine_size = upscaling.fine().model().size,
+        .fine_size = upscaling.fine().header().size,
         .coarse = view_of(upscaling.coarse().model()),
         .coarse_cells = upscaling.coarse_cells(),
         .permeability = {FineProperty(*fine[0], upscaling.fine_region()), FineProperty(*fine[1], upscaling.fine_region()),
@@ -411,8 +412,8 @@ void upscale_permeability(Call& call)
         made.push_back(upscaling.make_property(name, result.components[n], *fine[n < 3 ? n : 0], false));
         result.components[n] = {};
     }
-    upscaling.store(std::move(made), result.problems, names[0]);
     upscaling.report(result.report, names[0]);
+    upscaling.store(std::move(made), result.problems, names[0]);
 }
 
 std::vector<std::string> method_names(const std::string& family)

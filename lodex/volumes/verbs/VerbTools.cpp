@@ -2,6 +2,7 @@
 
 #include "lodex/interpreter/Lists.h"
 
+#include <Lodex/geobase/Style.h>
 #include <Lodex/utils/COSNameList.h>
 #include <Lodex/utils/PathName.h>
 
@@ -20,6 +21,7 @@ template <class Item> std::vector<std::string_view> names_of(const std::vector<I
     return names;
 }
 
+/// Properties or regions to copy. Nothing: all of them (keyword absent, or a word that means all is in the list).
 std::optional<std::vector<std::string>> names_to_copy(const Call& call, std::string_view keyword, const std::string& what,
                                                       std::initializer_list<std::string_view> words_for_all,
                                                       const std::vector<std::string_view>& existing)
@@ -44,26 +46,30 @@ std::optional<std::vector<std::string>> names_to_copy(const Call& call, std::str
 
 } // namespace
 
-std::optional<std::vector<std::string>> properties_to_copy(const Call& call, std::string_view keyword, const GridModel& model)
+void read_carry_options(const Call& call, const CornerPointGrid& source, CarryOptions& options)
 {
-    return names_to_copy(call, keyword, "property", {"all_properties"},
-                         names_of(model.properties, &PropertyData::name));
+    const GridModel& model = source.model();
+    options.source_name = source.name().str();
+    options.copy_properties = call.flag("copy_properties");
+    options.properties =
+        names_to_copy(call, "properties", "property", {"all_properties"}, names_of(model.properties, &PropertyData::name));
+    options.copy_regions = call.flag("copy_regions");
+    options.regions = names_to_copy(call, "regions", "region", {"all_regions", "everywhere"},
+                                    names_of(model.regions, &RegionData::name));
+    options.copy_fault_blocks = call.flag("copy_fb_regions");
 }
 
-std::optional<std::vector<std::string>> regions_to_copy(const Call& call, std::string_view keyword, const GridModel& model)
+void add_made_grid(const Call& call, const CornerPointGrid& source, GridModel made)
 {
-    return names_to_copy(call, keyword, "region", {"all_regions", "everywhere"}, names_of(model.regions, &RegionData::name));
+    const CornerPointGrid* grid = add_grid(call.text("name"), std::move(made));
+    const Lodex::Style* style = source.style();
+    if (call.flag("copy_style") && style)
+        grid->style()->copy_attributes(*style);
 }
 
 void set_property(CornerPointGrid& grid, PropertyData property)
 {
-    grid.change([&](GridModel& model) {
-        const auto it = std::ranges::find(model.properties, property.name, &PropertyData::name);
-        if (it != model.properties.end())
-            *it = std::move(property);
-        else
-            model.properties.push_back(std::move(property));
-    });
+    grid.change([&](GridModel& model) { put_item(model.properties, std::move(property)); });
 }
 
 const PropertyData& property_of(const Call& call, std::string_view keyword, const GridModel& model)

@@ -1,38 +1,52 @@
 #pragma once
 
 #include "lodex/interpreter/Verb.h"
+#include "lodex/utils/Names.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
+#include "lodex/volumes/model/Carry.h"
 #include "lodex/volumes/model/GridText.h"
 
 #include <Lodex/volumes/GridObjCellMapper.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace lodex {
 
-/// The grid behind "on SGrid NAME".
+/// The grid behind "on SGrid NAME" with all its arrays; fails when its file no longer gives one of them.
 [[nodiscard]] inline CornerPointGrid& grid_of(const Call& call)
+{
+    CornerPointGrid& grid = as_grid(call.object());
+    grid.load([&call](double) { return call.progress(0); });
+    return grid;
+}
+
+/// The same for the grid that a keyword of kind Object names.
+[[nodiscard]] inline CornerPointGrid& grid_of(const Call& call, std::string_view keyword)
+{
+    CornerPointGrid& grid = as_grid(call.object_of(keyword));
+    grid.load([&call](double) { return call.progress(0); });
+    return grid;
+}
+
+/// The grid behind "on SGrid NAME" as it is, for verbs that look at nothing but its header().
+[[nodiscard]] inline CornerPointGrid& grid_head_of(const Call& call)
 {
     return as_grid(call.object());
 }
 
-/// The grid that a keyword of kind Object names.
-[[nodiscard]] inline CornerPointGrid& grid_of(const Call& call, std::string_view keyword)
-{
-    return as_grid(call.object_of(keyword));
-}
+/// What passes on to the grid that a merge or a subdivision makes, as the statement's keywords say.
+void read_carry_options(const Call& call, const CornerPointGrid& source, CarryOptions& options);
 
-/// Properties or regions to copy. Nothing: all of them (keyword absent, or a word that means all is in the list).
-[[nodiscard]] std::optional<std::vector<std::string>> properties_to_copy(const Call& call, std::string_view keyword,
-                                                                         const GridModel& model);
-[[nodiscard]] std::optional<std::vector<std::string>> regions_to_copy(const Call& call, std::string_view keyword,
-                                                                      const GridModel& model);
+/// Puts the grid "name" into the catalogue, with the source's style when "copy_style" says so.
+void add_made_grid(const Call& call, const CornerPointGrid& source, GridModel made);
 
 /// Runs f and turns a ModelError into a failure of the statement at the keyword's value.
 template <class F> decltype(auto) at_keyword(const Call& call, std::string_view keyword, F&& f)
@@ -44,7 +58,17 @@ template <class F> decltype(auto) at_keyword(const Call& call, std::string_view 
     }
 }
 
-/// A property, region or layer of the model, replaced when one of the name is there, else appended.
+/// Puts a property or region into its list: one of the same name is replaced where it stands.
+template <class Item> void put_item(std::vector<Item>& items, Item item)
+{
+    const auto it = std::ranges::find(items, item.name, &Item::name);
+    if (it != items.end())
+        *it = std::move(item);
+    else
+        items.push_back(std::move(item));
+}
+
+/// Puts the property into the grid.
 void set_property(CornerPointGrid& grid, PropertyData property);
 
 /// The name, or a failure that says that the grid has no such property.
@@ -52,6 +76,30 @@ const PropertyData& property_of(const Call& call, std::string_view keyword, cons
 
 /// The same for a property of cells; one on points is a failure as well.
 const PropertyData& cell_property_of(const Call& call, std::string_view keyword, const GridModel& model);
+
+/// Makes the names that came in with a file legal and unique among their kind; every change is a warning.
+template <class Item>
+void mend_names(Call& call, std::vector<Item>& items, std::string Item::*name, const std::string& what,
+                bool unique = true)
+{
+    std::set<std::string> taken;
+    for (Item& item : items) {
+        const std::string former = item.*name;
+        std::string mended = mend_object_name(former);
+        for (int n = 2; unique && taken.contains(mended); ++n)
+            mended = mend_object_name(former) + "_" + std::to_string(n);
+        taken.insert(mended);
+        if (mended != former)
+            call.warn("the " + what + " \"" + former + "\" is named \"" + mended + "\"");
+        item.*name = mended;
+    }
+}
+
+/// The same for stratigraphic units, several of which may bear one name.
+inline void mend_units(Call& call, std::vector<LayerData>& layers)
+{
+    mend_names(call, layers, &LayerData::unit, "unit", false);
+}
 
 /// What statements call the axes I, J, K.
 inline constexpr std::array<const char*, 3> axis_directions{"first axis", "second axis", "vertical"};

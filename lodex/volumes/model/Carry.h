@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
@@ -11,9 +12,36 @@
 
 namespace lodex {
 
-/// What a merge or a subdivision carries over besides cells. `ranges` holds for every index of the new grid the index
-/// range of the old one, ascending and without gaps, along each axis; the new indices of a divided section name the
-/// same old one.
+/// What passes on to a merged or subdivided grid besides geometry, flags, layers, model regions, faults and the frame.
+struct CarryOptions {
+    bool copy_properties = false;
+    std::optional<std::vector<std::string>> properties; ///< names; nothing given: all of them
+    bool copy_regions = false;
+    std::optional<std::vector<std::string>> regions; ///< names; nothing given: all of them
+    bool copy_fault_blocks = false;                  ///< regions "fault_block_1", ... of the new grid
+    std::string source_name;                         ///< name of the source, for the record
+    double depth_unit = 1; ///< length of the vertical unit of LayerData::cell_thickness in units of the depths
+};
+
+/// What became of cells and volumes.
+struct ChangeReport {
+    GridSize size_before{}, size_after{};
+    std::int64_t active_before = 0, active_after = 0;
+    double bulk_volume_before = 0, bulk_volume_after = 0;   ///< active cells
+    double total_volume_before = 0, total_volume_after = 0; ///< all cells
+    /// Of the volume of single cells; the operator says which ones are compared with what.
+    double max_relative_difference = 0;
+    double mean_relative_difference = 0;
+    std::vector<std::string> warnings;
+};
+
+/// Adds to the new grid the properties and regions that pass on, without values yet. Throws ModelError when one that is
+/// asked for is not there.
+void choose_items(const GridModel& source, const CarryOptions& options, GridModel& result);
+
+// What a merge or a subdivision carries over besides cells. `ranges` holds for every index of the new grid the index
+// range of the old one, ascending and without gaps, along each axis; the new indices of a divided section name the
+// same old one.
 
 /// Values of the nodes that stay after a merge.
 [[nodiscard]] std::variant<std::vector<float>, std::vector<double>, std::vector<std::int32_t>>

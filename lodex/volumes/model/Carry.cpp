@@ -1,4 +1,4 @@
-#include "MergeCarry.h"
+#include "Carry.h"
 
 #include "Layering.h"
 #include "PropertyTools.h"
@@ -58,7 +58,69 @@ Face parse_face(std::string_view text)
     return face;
 }
 
+// Fault segments in new indices. new_box(axis, old, face, add) calls add(first, last) with the new indices of an old
+// one, if its faces are still there. Runs of new indices that touch or overlap become one; a segment of several runs
+// becomes several, one without any is counted in `dropped`.
+template <class NewBox>
+std::vector<FaultSegment> renumbered_faults(std::span<const FaultSegment> faults, const GridSize& old_size,
+                                            const NewBox& new_box, std::int64_t& dropped)
+{
+    std::vector<FaultSegment> result;
+    for (const FaultSegment& fault : faults) {
+        const std::array<std::array<std::int64_t, 2>, 3> box{fault.i, fault.j, fault.k};
+        const Face face = parse_face(fault.face);
+        std::array<std::vector<std::array<std::int64_t, 2>>, 3> runs; // of new indices
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const std::int64_t first = std::max<std::int64_t>(std::min(box[axis][0], box[axis][1]), 0);
+            const std::int64_t last = std::min(std::max(box[axis][0], box[axis][1]), old_size[axis] - 1);
+            const auto add = [&list = runs[axis]](std::int64_t from, std::int64_t to) {
+                if (!list.empty() && list.back()[1] >= from - 1)
+                    list.back()[1] = to;
+                else
+                    list.push_back({from, to});
+            };
+            for (std::int64_t old = first; old <= last; ++old)
+                new_box(axis, old, face, add);
+        }
+        if (runs[0].empty() || runs[1].empty() || runs[2].empty())
+            ++dropped;
+        for (const auto& k : runs[2])
+            for (const auto& j : runs[1])
+                for (const auto& i : runs[0])
+                    result.push_back({fault.name, i, j, k, fault.face});
+    }
+    return result;
+}
+
+template <class Item>
+void check_names(bool wanted, const std::optional<std::vector<std::string>>& names, const std::vector<Item>& items,
+                 std::string_view what)
+{
+    if (!wanted || !names)
+        return;
+    for (const std::string& name : *names)
+        if (std::ranges::find(items, name, &Item::name) == items.end())
+            throw ModelError(fmt::format("the grid has no {} \"{}\"", what, name));
+}
+
+bool chosen(bool wanted, const std::optional<std::vector<std::string>>& names, const std::string& name)
+{
+    return wanted && (!names || std::ranges::find(*names, name) != names->end());
+}
+
 } // namespace
+
+void choose_items(const GridModel& source, const CarryOptions& options, GridModel& result)
+{
+    check_names(options.copy_properties, options.properties, source.properties, "property");
+    check_names(options.copy_regions, options.regions, source.regions, "region");
+    for (const PropertyData& p : source.properties)
+        if (chosen(options.copy_properties, options.properties, p.name))
+            result.properties.push_back({p.name, p.unit, {}, p.no_data, p.code_names, p.on_points});
+    for (const RegionData& region : source.regions)
+        if (region.model || chosen(options.copy_regions, options.regions, region.name))
+            result.regions.push_back({region.name, {}, region.model});
+}
 
 std::variant<std::vector<float>, std::vector<double>, std::vector<std::int32_t>>
 carried_points(const GridModel& source, const PropertyData& property, std::span<const IndexRange> i_ranges,
@@ -176,36 +238,14 @@ std::vector<FaultSegment> carried_faults(std::span<const FaultSegment> faults, c
     std::array<std::vector<std::int64_t>, 3> new_of;
     for (std::size_t axis = 0; axis < 3; ++axis)
         new_of[axis] = new_indices(ranges[axis]);
-
-    std::vector<FaultSegment> result;
-    for (const FaultSegment& fault : faults) {
-        const std::array<std::array<std::int64_t, 2>, 3> box{fault.i, fault.j, fault.k};
-        const Face face = parse_face(fault.face);
-        std::array<std::vector<std::array<std::int64_t, 2>>, 3> runs; // of new indices
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            const std::int64_t first = std::max<std::int64_t>(std::min(box[axis][0], box[axis][1]), 0);
-            const std::int64_t last = std::min(std::max(box[axis][0], box[axis][1]), old_size[axis] - 1);
-            for (std::int64_t old = first; old <= last; ++old) {
-                const std::int64_t index = new_of[axis][static_cast<std::size_t>(old)];
-                const IndexRange& group = ranges[axis][static_cast<std::size_t>(index)];
-                const bool inside =
-                    static_cast<int>(axis) == face.axis && old != (face.side ? group.last : group.first);
-                if (inside)
-                    continue;
-                if (!runs[axis].empty() && runs[axis].back()[1] >= index - 1)
-                    runs[axis].back()[1] = index;
-                else
-                    runs[axis].push_back({index, index});
-            }
-        }
-        if (runs[0].empty() || runs[1].empty() || runs[2].empty())
-            ++dropped;
-        for (const auto& k : runs[2])
-            for (const auto& j : runs[1])
-                for (const auto& i : runs[0])
-                    result.push_back({fault.name, i, j, k, fault.face});
-    }
-    return result;
+    const auto new_box = [&](std::size_t axis, std::int64_t old, const Face& face, auto add) {
+        const std::int64_t index = new_of[axis][static_cast<std::size_t>(old)];
+        const IndexRange& group = ranges[axis][static_cast<std::size_t>(index)];
+        const bool inside = static_cast<int>(axis) == face.axis && old != (face.side ? group.last : group.first);
+        if (!inside)
+            add(index, index);
+    };
+    return renumbered_faults(faults, old_size, new_box, dropped);
 }
 
 std::vector<FaultSegment> divided_faults(std::span<const FaultSegment> faults, const GridSize& old_size,
@@ -219,33 +259,14 @@ std::vector<FaultSegment> divided_faults(std::span<const FaultSegment> faults, c
                 starts[axis].push_back(static_cast<std::int64_t>(n));
         starts[axis].push_back(static_cast<std::int64_t>(ranges[axis].size()));
     }
-    std::vector<FaultSegment> result;
-    for (const FaultSegment& fault : faults) {
-        const std::array<std::array<std::int64_t, 2>, 3> box{fault.i, fault.j, fault.k};
-        const Face face = parse_face(fault.face);
-        std::array<std::vector<std::array<std::int64_t, 2>>, 3> runs; // of new indices
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            const std::int64_t first = std::max<std::int64_t>(std::min(box[axis][0], box[axis][1]), 0);
-            const std::int64_t last = std::min(std::max(box[axis][0], box[axis][1]), old_size[axis] - 1);
-            for (std::int64_t old = first; old <= last; ++old) {
-                std::int64_t from = starts[axis][static_cast<std::size_t>(old)];
-                std::int64_t to = starts[axis][static_cast<std::size_t>(old + 1)] - 1;
-                if (static_cast<int>(axis) == face.axis)
-                    (face.side ? from : to) = face.side ? to : from;
-                if (!runs[axis].empty() && runs[axis].back()[1] == from - 1)
-                    runs[axis].back()[1] = to;
-                else
-                    runs[axis].push_back({from, to});
-            }
-        }
-        if (runs[0].empty() || runs[1].empty() || runs[2].empty())
-            ++dropped;
-        for (const auto& k : runs[2])
-            for (const auto& j : runs[1])
-                for (const auto& i : runs[0])
-                    result.push_back({fault.name, i, j, k, fault.face});
-    }
-    return result;
+    const auto new_box = [&](std::size_t axis, std::int64_t old, const Face& face, auto add) {
+        std::int64_t from = starts[axis][static_cast<std::size_t>(old)];
+        std::int64_t to = starts[axis][static_cast<std::size_t>(old + 1)] - 1;
+        if (static_cast<int>(axis) == face.axis)
+            (face.side ? from : to) = face.side ? to : from;
+        add(from, to);
+    };
+    return renumbered_faults(faults, old_size, new_box, dropped);
 }
 
 std::int64_t count_values(std::string_view text)
