@@ -201,6 +201,30 @@ void CameraScene::centre_on(const Point3& real)
     changed_();
 }
 
+std::optional<CameraPlace> CameraScene::place() const
+{
+    if (items_.empty() || fit_wanted_)
+        return std::nullopt;
+    return CameraPlace{
+        .focus = {focus_[0] + origin_[0], focus_[1] + origin_[1], origin_[2] - focus_[2] / exaggeration_},
+        .height = height_,
+        .azimuth = azimuth_,
+        .elevation = elevation_};
+}
+
+void CameraScene::set_place(const CameraPlace& place)
+{
+    const bool sensible = std::ranges::all_of(place.focus, [](double x) { return std::isfinite(x); }) &&
+                          std::isfinite(place.height) && place.height > 0 && std::isfinite(place.azimuth) &&
+                          std::isfinite(place.elevation);
+    if (!sensible)
+        return;
+    fit_wanted_ = false;
+    height_ = place.height;
+    set_direction(place.azimuth, place.elevation);
+    centre_on(place.focus);
+}
+
 DrawnBox CameraScene::drawn_box() const
 {
     DrawnBox box;
@@ -309,7 +333,7 @@ Overlay CameraScene::overlay(const QFont& font) const
         if (!item->display().visible)
             continue;
         if (result.length_unit.isEmpty()) {
-            const auto unit = length_unit_from_word(item->grid().model().frame.grid_units);
+            const auto unit = length_unit_from_word(item->grid().header().frame.grid_units);
             result.length_unit = unit ? Lodex::to_qstring(measurement_unit(*unit).name()) : QString();
         }
         if (item->display().legend && !item->paints() && item->palette().has_legend())
@@ -320,6 +344,19 @@ Overlay CameraScene::overlay(const QFont& font) const
                           .arg(QString::number(exaggeration_, 'g', 4));
     }
     return result;
+}
+
+Point3 CameraScene::point_at(const QPointF& position) const
+{
+    const Point3 from = view_.unproject(position, -1), to = view_.unproject(position, 1);
+    const Point3 back = directions()[2];
+    Point3 way = to, reach = focus_;
+    shift(way, from, -1);
+    shift(reach, from, -1);
+    const double along = dot(way, back);
+    Point3 point = from;
+    shift(point, way, along == 0 ? 0 : dot(reach, back) / along);
+    return view_.to_real(point);
 }
 
 std::optional<CameraScene::Hit> CameraScene::pick(const QPointF& position)

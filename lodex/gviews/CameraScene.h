@@ -2,6 +2,7 @@
 
 #include "GridItem.h"
 #include "Overlay.h"
+#include "ViewTransform.h"
 
 #include <vtkNew.h>
 #include <vtkRenderer.h>
@@ -58,6 +59,9 @@ public:
     void centre_on(const Point3& real);
     /// Everything that is shown, at the next refresh().
     void fit() { fit_wanted_ = true; }
+    /// Nothing while there is no grid, or none was brought into view yet.
+    [[nodiscard]] std::optional<CameraPlace> place() const;
+    void set_place(const CameraPlace& place);
 
     /// Makes what is out of date anew and sets the camera for a picture of this size. Lengths are logical pixels.
     void refresh(const QSizeF& size, const QFont& font);
@@ -69,6 +73,8 @@ public:
 
     /// The cell at a position of the last refreshed view; nothing where there is none.
     [[nodiscard]] std::optional<Hit> pick(const QPointF& position);
+    /// The real point at a position as far away as the middle of what is seen.
+    [[nodiscard]] Point3 point_at(const QPointF& position) const;
 
 private:
     void place_camera(const QSizeF& size);

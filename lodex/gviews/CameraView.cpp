@@ -84,18 +84,26 @@ private:
     Lodex::SGridSubset subset_;
 };
 
-class Selection final : public Lodex::GraphicSelection {
+/// A click beside the cells.
+class PointPick final : public Lodex::PickInfo {
 public:
-    explicit Selection(const std::optional<CameraScene::Hit>& hit)
-    {
-        if (hit)
-            pick_.emplace(*hit);
-    }
-    [[nodiscard]] Lodex::GObj* object() const override { return pick_ ? pick_->grid() : nullptr; }
-    [[nodiscard]] const Lodex::PickInfo* pick_info() const override { return pick_ ? &*pick_ : nullptr; }
+    explicit PointPick(const Point3& point) : point_(point) {}
+    [[nodiscard]] const std::array<double, 3>* point() const override { return &point_; }
 
 private:
-    std::optional<CellPick> pick_;
+    Point3 point_;
+};
+
+class Selection final : public Lodex::GraphicSelection {
+public:
+    explicit Selection(const CameraScene::Hit& hit) : object_(hit.grid), pick_(std::make_unique<CellPick>(hit)) {}
+    Selection(Lodex::GObj* object, const Point3& point) : object_(object), pick_(std::make_unique<PointPick>(point)) {}
+    [[nodiscard]] Lodex::GObj* object() const override { return object_; }
+    [[nodiscard]] const Lodex::PickInfo* pick_info() const override { return pick_.get(); }
+
+private:
+    Lodex::GObj* object_;
+    std::unique_ptr<Lodex::PickInfo> pick_;
 };
 
 } // namespace
@@ -281,6 +289,16 @@ void CameraView::set_direction(double azimuth, double elevation)
     impl_->scene.set_direction(azimuth, elevation);
 }
 
+std::optional<CameraPlace> CameraView::place() const
+{
+    return impl_->scene.place();
+}
+
+void CameraView::set_place(const CameraPlace& place)
+{
+    impl_->scene.set_place(place);
+}
+
 QImage CameraView::picture(const QSize& size)
 {
     if (!impl_->canvas || size.isEmpty())
@@ -339,7 +357,11 @@ void CameraView::pick_at(const QPointF& position)
         item->mark_cell(hit && &item->grid() == hit->grid ? std::optional(hit->cell) : std::nullopt);
     // A tool may do anything, closing this view included.
     const QPointer<CameraView> self(this);
-    const Selection selection(hit);
+    const auto seen = std::ranges::find_if(impl_->scene.items(), [](const auto& item) {
+        return item->display().visible;
+    });
+    Lodex::GObj* const object = seen == impl_->scene.items().end() ? nullptr : &(*seen)->grid();
+    const Selection selection = hit ? Selection(*hit) : Selection(object, impl_->scene.point_at(position));
     Lodex::GraphicLib::instance()->pick(&selection);
     if (!self)
         return;
@@ -359,7 +381,7 @@ std::size_t CameraView::face_count() const
     std::size_t count = 0;
     for (const auto& item : impl_->scene.items()) {
         if (item->display().visible)
-            count += item->paints() ? item->painted_face_count() : item->face_count();
+            count += item->face_count();
     }
     return count;
 }
@@ -416,7 +438,7 @@ QWidget* CameraView::edit_legend(CornerPointGrid* grid)
 {
     const GridItem* item = impl_->scene.find(grid);
     if (!item || item->display().colour.kind != ColourBy::Kind::Property ||
-        !grid->model().find_property(item->display().colour.property))
+        !grid->header().find_property(item->display().colour.property))
         return nullptr;
     auto* dialog = new ColourLegendDialog(*grid, item->display().colour.property, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);

@@ -73,6 +73,10 @@ public:
     [[nodiscard]] double azimuth() const;
     [[nodiscard]] double elevation() const;
     void set_direction(double azimuth, double elevation);
+    /// Nothing while there is no grid, or none was brought into view yet.
+    [[nodiscard]] std::optional<CameraPlace> place() const;
+    /// Numbers without sense are passed over.
+    void set_place(const CameraPlace& place);
 
     /// The view as a picture of any size in pixels with legend and axes; null where the view cannot draw. Works for a
     /// view that is hidden.

@@ -28,6 +28,7 @@ constexpr std::array<QRgb, 7> distinct{0xff56b4e9, 0xffe69f00, 0xff009e73, 0xfff
                                        0xff0072b2, 0xffd55e00, 0xffcc79a7};
 constexpr std::size_t scale_steps = 1024;
 constexpr double logarithmic_from = 1000; // ratio of greatest and least value
+constexpr double least_gap = 0.07;        // of the scale, between its ends and the next number
 constexpr std::size_t grain = 1 << 14;
 
 CellPalette::Rgb to_rgb(const QColor& colour)
@@ -124,10 +125,11 @@ CellPalette::CellPalette(const CornerPointGrid& grid, const ColourBy& by, const 
         title_ = with_unit(QString::fromStdString(property->name), QString::fromStdString(property->unit));
         const ValueRange found = range ? *range : value_range(*model_, *property);
         const Lodex::Property* shown = grid.property_db()->find(property->name);
+        const ColourScale wanted = shown ? read_colour_scale(*shown->style()) : ColourScale();
         if (property->discrete())
-            use_codes(*property, found);
+            use_codes(*property, wanted, found);
         else
-            use_scale(shown ? read_colour_scale(*shown->style()) : ColourScale(), found);
+            use_scale(wanted, found);
         break;
     }
     }
@@ -144,10 +146,10 @@ QColor CellPalette::distinct_colour(std::size_t n)
 
 void CellPalette::use_units(const CornerPointGrid& grid)
 {
-    if (grid.model().layers.empty())
+    if (grid.header().layers.empty())
         return;
     title_ = QCoreApplication::translate("lodex::CellPalette", "Unit");
-    for (const LayerData& layer : grid.model().layers) {
+    for (const LayerData& layer : grid.header().layers) {
         entry_of_layer_.insert(entry_of_layer_.end(), static_cast<std::size_t>(layer.nb_k_cells), entries_.size());
         entries_.push_back({distinct_colour(entries_.size()), QString::fromStdString(layer.unit)});
     }
@@ -155,12 +157,14 @@ void CellPalette::use_units(const CornerPointGrid& grid)
         entry_colours_.push_back(to_rgb(entry.colour));
 }
 
-void CellPalette::use_codes(const PropertyData& property, const ValueRange& range)
+void CellPalette::use_codes(const PropertyData& property, const ColourScale& wanted, const ValueRange& range)
 {
     for (const std::int32_t code : range.codes) {
         const auto name = property.code_names.find(code);
         entry_of_code_[code] = entries_.size();
-        const QColor colour = distinct_colour(entries_.size());
+        const auto own = wanted.code_colours.find(code);
+        const QColor colour = own == wanted.code_colours.end() ? distinct_colour(entries_.size())
+                                                               : QColor::fromRgb(own->second);
         entry_colours_.push_back(to_rgb(colour));
         entries_.push_back(
             {colour, name == property.code_names.end() ? QString::number(code) : QString::fromStdString(name->second)});
@@ -215,38 +219,48 @@ void CellPalette::use_scale(const ColourScale& wanted, const ValueRange& range)
     scale_.reserve(scale_steps);
     for (std::size_t n = 0; n < scale_steps; ++n)
         scale_.push_back(map.colour(static_cast<double>(n) / (scale_steps - 1.0)));
-    make_ticks();
+    make_ticks(range);
 }
 
-void CellPalette::make_ticks()
+void CellPalette::make_ticks(const ValueRange& found)
 {
     const double from = std::min(low_, high_), to = std::max(low_, high_);
-    const auto add = [this](double number) { ticks_.push_back({place_of(number), number_text(number)}); };
     if (from == to) {
         ticks_.push_back({0.5, number_text(from)});
         return;
     }
+    std::vector<double> numbers;
     if (logarithmic_) {
         const double first = std::ceil(std::log10(from) - 1e-9), last = std::floor(std::log10(to) + 1e-9);
         const double step = std::max(1.0, std::ceil((last - first + 1) / 7));
         for (double exponent = first; exponent <= last; exponent += step)
-            add(std::pow(10.0, exponent));
-        if (ticks_.size() >= 3)
-            return;
-        ticks_.clear();
-        for (double decade = first - 1; decade <= last; ++decade) {
-            for (const double factor : {1.0, 2.0, 5.0}) {
-                const double number = factor * std::pow(10.0, decade);
-                if (number >= from * (1 - 1e-9) && number <= to * (1 + 1e-9))
-                    add(number);
+            numbers.push_back(std::pow(10.0, exponent));
+        if (numbers.size() < 3) {
+            numbers.clear();
+            for (double decade = first - 1; decade <= last; ++decade) {
+                for (const double factor : {1.0, 2.0, 5.0})
+                    numbers.push_back(factor * std::pow(10.0, decade));
             }
+            std::erase_if(numbers,
+                          [&](double number) { return number < from * (1 - 1e-9) || number > to * (1 + 1e-9); });
         }
-        if (ticks_.size() >= 2)
-            return;
-        ticks_.clear();
     }
-    for (const double number : round_ticks(from, to, 5))
-        add(number);
+    if (numbers.size() < 2)
+        numbers = round_ticks(from, to, 5);
+    // Both ends are named, and more is said of them when values lie beyond.
+    const auto end = [](double number, double nearest, bool beyond, const char* sign) {
+        const bool round = std::abs(number - nearest) <= 1e-9 * std::abs(number);
+        const QString text = round ? number_text(number) : QString::fromStdString(format_general(number, 4));
+        return beyond ? QString::fromUtf8(sign) + text : text;
+    };
+    const double first = numbers.empty() ? from : numbers.front(), last = numbers.empty() ? to : numbers.back();
+    ticks_.push_back({place_of(from), end(from, first, found.min && *found.min < from, "≤ ")});
+    for (const double number : numbers) {
+        const double place = place_of(number);
+        if (place > least_gap && place < 1 - least_gap)
+            ticks_.push_back({place, number_text(number)});
+    }
+    ticks_.push_back({place_of(to), end(to, last, found.max && *found.max > to, "≥ ")});
 }
 
 double CellPalette::place_of(double number) const

@@ -75,10 +75,10 @@ public:
 
 private:
     void use_units(const CornerPointGrid& grid);
-    void use_codes(const PropertyData& property, const ValueRange& range);
+    void use_codes(const PropertyData& property, const ColourScale& wanted, const ValueRange& range);
     void use_scale(const ColourScale& wanted, const ValueRange& range);
     void use_depth(const CornerPointGrid& grid);
-    void make_ticks();
+    void make_ticks(const ValueRange& found);
     [[nodiscard]] Rgb of_number(double number) const;
 
     QString title_;

@@ -4,6 +4,7 @@
 
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
+#include "lodex/xtools/HelpKey.h"
 
 #include <Lodex/geobase/GObjObserver.h>
 #include <Lodex/geobase/Property.h>
@@ -11,16 +12,20 @@
 #include <Lodex/qtools/QtText.h>
 
 #include <QCheckBox>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace lodex {
 
@@ -65,18 +70,40 @@ QString shown(std::optional<double> number)
     return number ? QString::fromStdString(format_general(*number, 7)) : QString();
 }
 
+/// The next number of four digits below or above, so that a range from the values reads well and leaves none out.
+std::optional<double> rounded(std::optional<double> number, bool up)
+{
+    if (!number || *number == 0 || !std::isfinite(*number))
+        return number;
+    const double exponent = std::floor(std::log10(std::abs(*number))) - 3;
+    // Powers of ten with a whole exponent are exact, their inverses are not.
+    const double scale = std::pow(10.0, std::abs(exponent));
+    const double digits = exponent < 0 ? *number * scale : *number / scale;
+    const double whole = up ? std::ceil(digits - 1e-6) : std::floor(digits + 1e-6);
+    return exponent < 0 ? whole / scale : whole * scale;
+}
+
+QIcon swatch(const QColor& colour)
+{
+    QPixmap pixmap(16, 16);
+    pixmap.fill(colour);
+    return pixmap;
+}
+
 } // namespace
 
 ColourLegendDialog::ColourLegendDialog(CornerPointGrid& grid, const std::string& property, QWidget* parent)
     : QDialog(parent), grid_(&grid), property_(property)
 {
     setObjectName(QStringLiteral("colour_legend_dialog"));
+    set_help_page(*this, "user-doc/legend.html");
     setWindowTitle(tr("Colours of %1").arg(QString::fromStdString(property)));
     const PropertyData* values = grid.model().find_property(property);
     if (values) {
         const ValueRange range = value_range(grid.model(), *values);
         least_ = range.min;
         greatest_ = range.max;
+        found_codes_ = range.codes;
     }
     build(values && values->discrete());
     if (const Lodex::Style* shown_style = style())
@@ -96,8 +123,11 @@ Lodex::Style* ColourLegendDialog::style() const
 void ColourLegendDialog::build(bool discrete)
 {
     auto* layout = new QVBoxLayout(this);
-    auto* form = new QFormLayout;
-    layout->addLayout(form);
+    auto* fields = new QWidget;
+    auto* form = new QFormLayout(fields);
+    form->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(fields);
+    fields->setVisible(!discrete);
 
     const auto named = [](auto* widget, const char* name, const QString& tip) {
         widget->setObjectName(QString::fromLatin1(name));
@@ -132,9 +162,8 @@ void ColourLegendDialog::build(bool discrete)
     message_->setWordWrap(true);
     layout->addWidget(message_);
     if (discrete) {
-        message_->setText(
-            tr("This property holds codes. Each code has a colour of its own, so that range, scale and map "
-               "do not count."));
+        message_->hide();
+        build_codes(*layout);
     }
     buttons_ = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Apply |
                                     QDialogButtonBox::Reset);
@@ -143,7 +172,9 @@ void ColourLegendDialog::build(bool discrete)
         {{QDialogButtonBox::Ok, "ok", tr("Shows the cells so and closes the window")},
          {QDialogButtonBox::Cancel, "cancel", tr("Takes back what was applied and closes the window")},
          {QDialogButtonBox::Apply, "apply", tr("Shows the cells so")},
-         {QDialogButtonBox::Reset, "reset", tr("Range and scale from the values, the first colour map")}}};
+         {QDialogButtonBox::Reset, "reset",
+          discrete ? tr("The first colours of all codes")
+                   : tr("Range and scale from the values, the first colour map")}}};
     for (const auto& [button, name, tip] : names)
         named(buttons_->button(button), name, tip);
     layout->addWidget(buttons_);
@@ -152,8 +183,8 @@ void ColourLegendDialog::build(bool discrete)
         field->setEnabled(!discrete);
     connect(automatic_, &QCheckBox::toggled, this, [this](bool on) {
         if (on) {
-            low_->setText(shown(least_));
-            high_->setText(shown(greatest_));
+            low_->setText(shown(rounded(least_, false)));
+            high_->setText(shown(rounded(greatest_, true)));
         }
         update_enabled();
     });
@@ -168,12 +199,75 @@ void ColourLegendDialog::build(bool discrete)
     connect(buttons_->button(QDialogButtonBox::Reset), &QPushButton::clicked, this, [this] { set_scale({}); });
 }
 
+void ColourLegendDialog::build_codes(QVBoxLayout& layout)
+{
+    codes_ = new QListWidget;
+    codes_->setObjectName(QStringLiteral("codes"));
+    codes_->setToolTip(tr("The codes and their colours; a double click changes the colour"));
+    layout.addWidget(codes_);
+    change_ = new QPushButton(tr("&Change Colour..."));
+    change_->setObjectName(QStringLiteral("change_colour"));
+    change_->setToolTip(tr("Chooses the colour of the selected code"));
+    change_->setAutoDefault(false);
+    layout.addWidget(change_);
+    const auto enable = [this] { change_->setEnabled(codes_->currentItem() != nullptr); };
+    connect(codes_, &QListWidget::currentRowChanged, this, enable);
+    connect(codes_, &QListWidget::itemActivated, this, &ColourLegendDialog::choose_colour);
+    connect(change_, &QPushButton::clicked, this, &ColourLegendDialog::choose_colour);
+    enable();
+}
+
+void ColourLegendDialog::list_codes()
+{
+    const PropertyData* values = grid_ ? grid_->model().find_property(property_) : nullptr;
+    if (!codes_ || !values)
+        return;
+    const int row = codes_->currentRow();
+    codes_->clear();
+    for (const std::int32_t code : found_codes_) {
+        const auto name = values->code_names.find(code);
+        auto* item = new QListWidgetItem(
+            name == values->code_names.end()
+                ? QString::number(code)
+                : QStringLiteral("%1  (%2)").arg(QString::fromStdString(name->second)).arg(code));
+        const auto own = code_colours_.find(code);
+        const QColor colour = own == code_colours_.end()
+                                  ? CellPalette::distinct_colour(static_cast<std::size_t>(codes_->count()))
+                                  : QColor::fromRgb(own->second);
+        item->setIcon(swatch(colour));
+        item->setData(Qt::UserRole, code);
+        item->setData(Qt::UserRole + 1, colour);
+        codes_->addItem(item);
+    }
+    codes_->setCurrentRow(std::clamp(row, 0, codes_->count() - 1));
+}
+
+void ColourLegendDialog::choose_colour()
+{
+    const QListWidgetItem* item = codes_->currentItem();
+    if (!item)
+        return;
+    auto* chooser = new QColorDialog(item->data(Qt::UserRole + 1).value<QColor>(), this);
+    chooser->setObjectName(QStringLiteral("colour_chooser"));
+    chooser->setOption(QColorDialog::DontUseNativeDialog);
+    chooser->setAttribute(Qt::WA_DeleteOnClose);
+    chooser->setWindowTitle(tr("Colour of %1").arg(item->text()));
+    connect(chooser, &QColorDialog::colorSelected, this,
+            [this, code = item->data(Qt::UserRole).toInt()](const QColor& colour) {
+                code_colours_[code] = colour.rgb() & 0xffffffu;
+                list_codes();
+            });
+    chooser->open();
+}
+
 void ColourLegendDialog::set_scale(const ColourScale& scale)
 {
+    code_colours_ = scale.code_colours;
+    list_codes();
     map_->setCurrentIndex(std::max(0, map_->findText(QString::fromStdString(scale.colormap))));
     automatic_->setChecked(!scale.low && !scale.high);
-    low_->setText(shown(scale.low ? scale.low : least_));
-    high_->setText(shown(scale.high ? scale.high : greatest_));
+    low_->setText(shown(scale.low ? scale.low : rounded(least_, false)));
+    high_->setText(shown(scale.high ? scale.high : rounded(greatest_, true)));
     function_->setCurrentIndex(function_->findData(static_cast<int>(scale.function)));
     grey_outside_->setChecked(scale.grey_outside);
     update_enabled();
@@ -190,6 +284,7 @@ ColourScale ColourLegendDialog::scale() const
     }
     scale.function = static_cast<ColourScale::Function>(function_->currentData().toInt());
     scale.grey_outside = grey_outside_->isChecked();
+    scale.code_colours = code_colours_;
     return scale;
 }
 
@@ -227,8 +322,13 @@ bool ColourLegendDialog::apply()
     Lodex::Style* const target = style();
     if (!target || !complaint().isEmpty())
         return false;
-    if (map_->isEnabled())
+    if (map_->isEnabled()) {
         write_colour_scale(*target, scale());
+    } else {
+        ColourScale codes = original_; // the rest counts for nothing, and stays
+        codes.code_colours = code_colours_;
+        write_colour_scale(*target, codes);
+    }
     return true;
 }
 

@@ -5,6 +5,9 @@
 #include <QDialog>
 #include <QPointer>
 
+#include <map>
+#include <memory>
+#include <set>
 #include <string>
 
 class QCheckBox;
@@ -12,13 +15,16 @@ class QComboBox;
 class QDialogButtonBox;
 class QLabel;
 class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QVBoxLayout;
 
 namespace lodex {
 
 class CornerPointGrid;
 
-/// Edits how the values of a property are coloured; what is applied goes into the property's style, which every camera
-/// follows. Closes by itself when the grid or the property goes away.
+/// Edits how the values of a property are coloured, range and map of numbers or the colour of each code; what is applied
+/// goes into the property's style, which every camera follows. Closes by itself when the grid or the property goes away.
 class ColourLegendDialog : public QDialog {
     Q_OBJECT
 
@@ -41,6 +47,9 @@ public Q_SLOTS:
 private:
     class Watch;
     void build(bool discrete);
+    void build_codes(QVBoxLayout& layout);
+    void list_codes();
+    void choose_colour();
     void update_enabled();
     /// What is wrong with the fields; empty when nothing is.
     [[nodiscard]] QString complaint() const;
@@ -50,6 +59,8 @@ private:
     std::string property_;
     ColourScale original_;
     std::optional<double> least_, greatest_;
+    std::set<std::int32_t> found_codes_;
+    std::map<std::int32_t, std::uint32_t> code_colours_;
     std::unique_ptr<Watch> watch_;
     QComboBox* map_ = nullptr;
     QCheckBox* automatic_ = nullptr;
@@ -58,6 +69,8 @@ private:
     QComboBox* function_ = nullptr;
     QCheckBox* grey_outside_ = nullptr;
     QLabel* message_ = nullptr;
+    QListWidget* codes_ = nullptr; // null for continuous values
+    QPushButton* change_ = nullptr;
     QDialogButtonBox* buttons_ = nullptr;
 };
 

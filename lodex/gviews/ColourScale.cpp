@@ -4,9 +4,44 @@
 
 #include <Lodex/geobase/Style.h>
 
+#include <QColor>
+#include <QStringList>
+
+#include <charconv>
 #include <cmath>
+#include <sstream>
+#include <utility>
 
 namespace lodex {
+
+namespace {
+
+/// Passes over what does not read.
+std::map<std::int32_t, std::uint32_t> read_code_colours(const std::string& text)
+{
+    std::map<std::int32_t, std::uint32_t> colours;
+    std::istringstream words(text);
+    for (std::string code, colour; words >> code >> colour;) {
+        const auto number = parse_long(code);
+        std::uint32_t rgb = 0;
+        const char* const end = colour.data() + colour.size();
+        if (!number || !std::in_range<std::int32_t>(*number) || colour.size() != 7 || colour[0] != '#' ||
+            std::from_chars(colour.data() + 1, end, rgb, 16).ptr != end)
+            continue;
+        colours[static_cast<std::int32_t>(*number)] = rgb;
+    }
+    return colours;
+}
+
+std::string written(const std::map<std::int32_t, std::uint32_t>& colours)
+{
+    QStringList words;
+    for (const auto& [code, rgb] : colours)
+        words << QString::number(code) << QColor::fromRgb(rgb).name();
+    return words.join(QLatin1Char(' ')).toStdString();
+}
+
+} // namespace
 
 ColourScale read_colour_scale(const Lodex::Style& style)
 {
@@ -20,6 +55,7 @@ ColourScale read_colour_scale(const Lodex::Style& style)
                      : function == "linear" ? ColourScale::Function::Linear
                                             : ColourScale::Function::Automatic;
     scale.grey_outside = style.attribute("outside_clips") == Lodex::CString("grey");
+    scale.code_colours = read_code_colours(style.attribute("code_colours").str());
     return scale;
 }
 
@@ -40,6 +76,7 @@ void write_colour_scale(Lodex::Style& style, const ColourScale& scale)
                           : scale.function == ColourScale::Function::Linear    ? "linear"
                                                                                : "");
     set("outside_clips", scale.grey_outside ? "grey" : "");
+    set("code_colours", written(scale.code_colours));
     if (changed)
         style.update();
 }

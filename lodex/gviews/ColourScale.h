@@ -2,6 +2,8 @@
 
 #include <Lodex/gtools/Colormap.h>
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,9 +14,10 @@ class Style;
 
 namespace lodex {
 
-/// How the values of a continuous property are turned into colours. It is kept in the property's style, so that every
-/// view shows it and projects and copies carry it: attributes "colormap", "low_clip", "high_clip", "scale_function"
-/// ("linear", "log"; empty: chosen by the values) and "outside_clips" ("grey"; empty: the end colours).
+/// How the values of a property are turned into colours. It is kept in the property's style, so that every view shows
+/// it and projects and copies carry it: attributes "colormap", "low_clip", "high_clip", "scale_function" ("linear", "log";
+/// empty: chosen by the values), "outside_clips" ("grey"; empty: the end colours) and, of a discrete property,
+/// "code_colours" ("0 #ffcc00 2 #336699": codes and their colours).
 struct ColourScale {
     enum class Function { Automatic, Linear, Logarithmic };
 
@@ -22,6 +25,7 @@ struct ColourScale {
     std::optional<double> low, high; ///< absent: least and greatest defined value of the active cells
     Function function = Function::Automatic;
     bool grey_outside = false; ///< values beyond the range are grey instead of the end colours
+    std::map<std::int32_t, std::uint32_t> code_colours; ///< 0xrrggbb; codes that are not listed have one of their own
 
     friend bool operator==(const ColourScale&, const ColourScale&) = default;
 };

@@ -5,6 +5,7 @@
 #include <vtkFloatArray.h>
 #include <vtkPoints.h>
 #include <vtkProperty.h>
+#include <vtkShaderProperty.h>
 #include <vtkTypeInt32Array.h>
 
 #include <tbb/parallel_for.h>
@@ -13,8 +14,31 @@ namespace lodex {
 
 namespace {
 
-constexpr double edge_shade = 0.15;
-constexpr float edge_width = 0; // the thinnest lines there are: they let the cells' colours through
+constexpr double edge_shade = 0.12;
+constexpr float edge_width = 1; // pixels
+
+// The drawing library mixes the colour of the edges into the colours of a face. What it does is taken back by how thin
+// the face is on the screen: its triangles have the lines of their three sides (unit normal in xy, offset in w) at
+// hand; the distance of a corner from the side across is the height of the face where that side is one of the cell.
+constexpr const char* before_edges = R"(
+  vec3 plainAmbient = ambientColor, plainDiffuse = diffuseColor;
+  float thinnest = 1e6;
+  for (int side = 0; side < 3; ++side)
+  {
+    vec4 own = edgeEqn[side], b = edgeEqn[side == 2 ? 0 : side + 1], c = edgeEqn[side == 0 ? 2 : side - 1];
+    float turn = b.x * c.y - b.y * c.x;
+    if (own.z == 0.0 && abs(turn) > 1e-4)
+    {
+      vec2 corner = vec2(b.y * c.w - c.y * b.w, c.x * b.w - b.x * c.w) / turn;
+      thinnest = min(thinnest, abs(dot(own.xy, corner) + own.w));
+    }
+  }
+  float strength = 0.8 * smoothstep(2.0, 10.0, thinnest);
+//VTK::Edges::Impl
+  ambientColor = mix(plainAmbient, ambientColor, strength);
+  diffuseColor = mix(plainDiffuse, diffuseColor, strength);
+)";
+constexpr const char* edges_tag = "//VTK::Edges::Impl";
 
 /// Points that stay where they are: the array must outlive what is returned.
 vtkSmartPointer<vtkPoints> points_of(std::vector<float>& numbers)
@@ -63,6 +87,8 @@ FaceActor::FaceActor()
     property->SetAmbient(0.42);
     property->SetDiffuse(0.62);
     property->SetSpecular(0);
+    // The faces of shown cells are closed surfaces. Their insides would take half of the time.
+    property->BackfaceCullingOn();
     property->SetEdgeColor(edge_shade, edge_shade, edge_shade);
     property->SetLineWidth(edge_width);
 }
@@ -103,7 +129,13 @@ void FaceActor::set_visible(bool visible)
 
 void FaceActor::set_edges(bool visible)
 {
+    if (visible == (actor_->GetProperty()->GetEdgeVisibility() != 0))
+        return;
     actor_->GetProperty()->SetEdgeVisibility(visible);
+    if (visible)
+        actor_->GetShaderProperty()->AddFragmentShaderReplacement(edges_tag, true, before_edges, false);
+    else
+        actor_->GetShaderProperty()->ClearFragmentShaderReplacement(edges_tag, true);
 }
 
 vtkStaticCellLocator* FaceActor::locator()

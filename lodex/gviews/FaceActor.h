@@ -29,6 +29,7 @@ public:
     void set_place(const Point3& position, double exaggeration);
     void set_visible(bool visible);
     [[nodiscard]] bool visible() { return actor_->GetVisibility() != 0; }
+    /// Lines round the cells; they fade where a cell is small on the screen, so that its colour stays.
     void set_edges(bool visible);
     [[nodiscard]] vtkActor* actor() { return actor_; }
     /// For picks; built at the first call after the faces changed.

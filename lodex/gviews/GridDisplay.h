@@ -2,6 +2,7 @@
 
 #include "lodex/gviews/faces/CellFilter.h"
 
+#include <cstddef>
 #include <string>
 
 namespace lodex {
@@ -34,7 +35,11 @@ struct GridDisplay {
     bool cell_edges = true; ///< lines along the edges of the cells; left out where there are very many
     bool legend = true;
     bool painted_sections = true; ///< obey the attribute "*sections" of the grid's style
+    /// Painted sections that have very many faces are drawn together with the rest, which is grey then.
     Rest rest = Rest::Outline;
+    /// So many faces of a part of the cells are drawn in any case; of more no more than one and a half times as many as
+    /// the whole grid has on its surface, so that no picture takes much longer than one of the whole grid.
+    std::size_t faces_at_ease = 400'000;
 
     friend bool operator==(const GridDisplay&, const GridDisplay&) = default;
 };

@@ -10,14 +10,29 @@
 
 #include <vtkRenderer.h>
 
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+
 #include <algorithm>
 
 namespace lodex {
 
 namespace {
 
-constexpr double least_face =
-    2.2; // mean side of a face in pixels; below, lines round the cells would hide their colours
+constexpr double least_face = 2.2; // mean side of a face in pixels; below, no line round a cell would be seen
+constexpr std::size_t grain = 1 << 14;
+
+/// Runs of neighbouring sections.
+std::size_t runs(const std::set<std::int64_t>& sections)
+{
+    std::size_t count = 0;
+    std::optional<std::int64_t> former;
+    for (const std::int64_t section : sections) {
+        count += !former || section != *former + 1;
+        former = section;
+    }
+    return count;
+}
 
 } // namespace
 
@@ -78,6 +93,7 @@ void GridItem::watch_property()
 void GridItem::values_changed()
 {
     ranges_.clear();
+    surface_.reset(); // cells may have become inactive
     palette_ = {};
     colours_old_ = true;
     if (display_.filter.threshold || !display_.filter.region.empty())
@@ -90,8 +106,8 @@ void GridItem::set_display(const GridDisplay& display)
 {
     if (display == display_)
         return;
-    if (!(display.filter == display_.filter))
-        faces_old_ = true;
+    if (!(display.filter == display_.filter) || display.faces_at_ease != display_.faces_at_ease)
+        faces_old_ = sections_old_ = true;
     if (!(display.colour == display_.colour))
         colours_old_ = true;
     display_ = display;
@@ -107,7 +123,7 @@ void GridItem::read_painted()
         return;
     painted_text_ = text;
     std::int64_t outside = 0;
-    SectionSets painted = section_sets(text, grid_.model().size, &outside);
+    SectionSets painted = section_sets(text, grid_.header().size, &outside);
     if (outside > 0) {
         Lodex::Logger::warning(
             Lodex::Format(Lodex::to_cstring(QCoreApplication::translate(
@@ -161,38 +177,123 @@ void GridItem::refresh_palette()
     palette_ = CellPalette(grid_, display_.colour, range);
 }
 
+const FaceList& GridItem::surface()
+{
+    if (!surface_)
+        surface_ = list_visible_faces(grid_.model(), ShownCells(grid_.model(), CellFilter()));
+    return *surface_;
+}
+
+std::size_t GridItem::budget()
+{
+    return std::max(display_.faces_at_ease, surface().faces + surface().faces / 2);
+}
+
+void GridItem::refresh_faces()
+{
+    const GridModel& model = grid_.model();
+    CellFilter body = display_.filter;
+    body.threshold.reset();
+    body.region.clear();
+    if (display_.filter == CellFilter()) {
+        faces_.set_faces(faces_of(model, surface()));
+    } else if (body == display_.filter || 6 * static_cast<std::size_t>(model.cells()) <= display_.faces_at_ease) {
+        faces_.set_faces(visible_faces(model, ShownCells(model, display_.filter)));
+    } else {
+        // What a threshold leaves may be ragged all through: millions of faces that nobody can see.
+        const ShownCells shown(model, display_.filter);
+        const std::size_t most = budget();
+        std::optional<FaceList> list;
+        if (guess_visible_faces(model, shown) < most + most / 4)
+            list = list_visible_faces(model, shown, most);
+        if (!list) {
+            const ShownCells all(model, body);
+            list = body == CellFilter() ? nearest_faces(model, shown, all, surface(), most)
+                                        : nearest_faces(model, shown, all, *list_visible_faces(model, all), most);
+        }
+        faces_.set_faces(faces_of(model, *list));
+    }
+    faces_old_ = false;
+}
+
+void GridItem::refresh_sections()
+{
+    const GridModel& model = grid_.model();
+    std::optional<FaceList> list;
+    // At most: both sides of each run, all active.
+    std::size_t guess = 0;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        guess += 2 * runs(painted_[axis]) * static_cast<std::size_t>(model.cells() / model.size[axis]);
+    const bool all = std::ranges::any_of(std::array<std::size_t, 3>{0, 1, 2}, [&](std::size_t axis) {
+        return static_cast<std::int64_t>(painted_[axis].size()) == model.size[axis];
+    });
+    const bool few_cells = 6 * static_cast<std::size_t>(model.cells()) <= display_.faces_at_ease;
+    if (few_cells || (!all && guess <= 8 * budget()))
+        list = list_visible_faces(model, ShownCells(model, painted_), few_cells ? SIZE_MAX : budget());
+    sections_in_faces_ = !list && display_.filter == CellFilter();
+    sections_.set_faces(sections_in_faces_ ? FaceSet() : faces_of(model, list ? *list : surface()));
+    sections_old_ = false;
+}
+
+void GridItem::colour_sections(std::span<const std::uint32_t> cells, std::span<std::uint8_t> rgb) const
+{
+    const GridSize& size = grid_.model().size;
+    std::array<std::vector<const CellPalette::Rgb*>, 3> colours; // of each section; null: not painted
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        colours[axis].resize(static_cast<std::size_t>(size[axis]));
+        // Neighbouring sections differ, so that their bounds are seen.
+        for (const std::int64_t section : painted_[axis])
+            colours[axis][static_cast<std::size_t>(section)] =
+                &painted_colours[axis][static_cast<std::size_t>(section % 2)];
+    }
+    const auto ni = static_cast<std::uint32_t>(size[0]), nij = static_cast<std::uint32_t>(size[0] * size[1]);
+    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, cells.size(), grain),
+                      [&](const tbb::blocked_range<std::size_t>& range) {
+                          for (std::size_t n = range.begin(); n != range.end(); ++n) {
+                              const std::uint32_t layer = cells[n] / nij, in_layer = cells[n] % nij;
+                              const CellPalette::Rgb* colour = colours[2][layer];
+                              if (!colour)
+                                  colour = colours[1][in_layer / ni];
+                              if (!colour)
+                                  colour = colours[0][in_layer % ni];
+                              std::ranges::copy(colour ? *colour : unpainted,
+                                                rgb.begin() + static_cast<std::ptrdiff_t>(3 * n));
+                          }
+                      });
+}
+
 void GridItem::refresh(const Point3& scene_origin, double exaggeration)
 {
     const bool painting = paints();
-    const bool faces_shown = display_.visible && !painting;
     if (colours_old_)
         refresh_palette();
     bool recolour = colours_old_;
     colours_old_ = false;
+    if (display_.visible && painting && sections_old_) {
+        refresh_sections();
+        if (sections_in_faces_)
+            recolour = true;
+        else
+            sections_.set_colours([this](auto cells, auto rgb) { colour_sections(cells, rgb); });
+    } else if (!painting && !sections_old_) {
+        sections_.set_faces({});
+        sections_old_ = true;
+    }
+    const bool faces_shown = display_.visible && &shown_faces() == &faces_;
     if (faces_old_ && faces_shown) {
-        faces_.set_faces(visible_faces(grid_.model(), ShownCells(grid_.model(), display_.filter)));
-        faces_old_ = false;
+        refresh_faces();
         recolour = true;
         refresh_box();
     }
-    if (recolour)
-        faces_.set_colours([this](auto cells, auto rgb) { palette_.colours(cells, rgb); });
-    if (sections_old_ && display_.visible) {
-        sections_.set_faces(visible_faces(grid_.model(), ShownCells(grid_.model(), painted_)));
-        const GridSize size = grid_.model().size;
-        sections_.set_colours([&](std::span<const std::uint32_t> cells, std::span<std::uint8_t> rgb) {
-            for (std::size_t n = 0; n < cells.size(); ++n) {
-                const std::array<std::int64_t, 3> index{cells[n] % size[0], cells[n] / size[0] % size[1],
-                                                        cells[n] / (size[0] * size[1])};
-                std::size_t axis = 2;
-                while (axis > 0 && !painted_[axis].contains(index[axis]))
-                    --axis;
-                // Neighbouring sections differ, so that their bounds are seen.
-                std::ranges::copy(painted_colours[axis][static_cast<std::size_t>(index[axis] % 2)],
-                                  rgb.begin() + static_cast<std::ptrdiff_t>(3 * n));
-            }
+    const bool paint_faces = painting && faces_shown;
+    if (recolour || (faces_shown && paint_faces != faces_painted_)) {
+        faces_.set_colours([&](auto cells, auto rgb) {
+            if (paint_faces)
+                colour_sections(cells, rgb);
+            else
+                palette_.colours(cells, rgb);
         });
-        sections_old_ = false;
+        faces_painted_ = paint_faces;
     }
     if (outline_old_ && display_.visible) {
         outline_.set_lines(grid_outline(grid_.model()));
@@ -207,7 +308,7 @@ void GridItem::refresh(const Point3& scene_origin, double exaggeration)
     }
 
     faces_.set_visible(faces_shown);
-    sections_.set_visible(display_.visible && painting);
+    sections_.set_visible(display_.visible && painting && !faces_shown);
     outline_.set_visible(display_.visible &&
                          (painting ? display_.rest == GridDisplay::Rest::Outline : display_.outline));
     mark_.set_visible(display_.visible && marked_.has_value());
@@ -215,6 +316,16 @@ void GridItem::refresh(const Point3& scene_origin, double exaggeration)
     sections_.set_place(place(sections_.faces().origin, scene_origin, exaggeration), exaggeration);
     outline_.set_place(place(outline_.lines().origin, scene_origin, exaggeration), exaggeration);
     mark_.set_place(place(mark_.lines().origin, scene_origin, exaggeration), exaggeration);
+}
+
+FaceActor& GridItem::shown_faces()
+{
+    return !paints() || sections_in_faces_ ? faces_ : sections_;
+}
+
+std::size_t GridItem::face_count()
+{
+    return shown_faces().faces().size();
 }
 
 void GridItem::refresh_edges(double area)

@@ -33,7 +33,7 @@ public:
     /// Reads the painted sections from the grid's style.
     void read_painted();
     [[nodiscard]] const SectionSets& painted() const { return painted_; }
-    /// True when painted sections are drawn instead of the other cells.
+    /// True when sections are painted and shown.
     [[nodiscard]] bool paints() const;
 
     /// Shows the edges of a cell; nothing: of none.
@@ -48,8 +48,8 @@ public:
     [[nodiscard]] const CellPalette& palette() const { return palette_; }
     /// Box round what is drawn; real x, y, depth.
     [[nodiscard]] const DrawnBox& real_box() const { return real_box_; }
-    [[nodiscard]] std::size_t face_count() const { return faces_.faces().size(); }
-    [[nodiscard]] std::size_t painted_face_count() const { return sections_.faces().size(); }
+    /// Of the faces that are drawn now.
+    [[nodiscard]] std::size_t face_count();
 
     /// The faces that can be picked now; null when none are drawn.
     [[nodiscard]] FaceActor* pickable();
@@ -58,6 +58,8 @@ public:
 
     static constexpr std::array<std::array<CellPalette::Rgb, 2>, 3> painted_colours{
         {{{{240, 110, 40}, {255, 172, 92}}}, {{{44, 150, 95}, {120, 200, 140}}}, {{{170, 70, 170}, {214, 140, 210}}}}};
+    /// Cells beside painted ones where both are drawn.
+    static constexpr CellPalette::Rgb unpainted{186, 190, 196};
 
 private:
     struct GridWatch final : Lodex::GObjObserver {
@@ -80,6 +82,15 @@ private:
     void values_changed();
     void watch_property();
     void refresh_palette();
+    void refresh_faces();
+    void refresh_sections();
+    void colour_sections(std::span<const std::uint32_t> cells, std::span<std::uint8_t> rgb) const;
+    /// The outer faces of all active cells.
+    [[nodiscard]] const FaceList& surface();
+    /// The greatest number of faces that are drawn of a part of the cells.
+    [[nodiscard]] std::size_t budget();
+    /// The faces that stand for the grid now.
+    [[nodiscard]] FaceActor& shown_faces();
     void refresh_box();
     [[nodiscard]] Point3 place(const Point3& origin, const Point3& scene_origin, double exaggeration) const;
 
@@ -94,7 +105,10 @@ private:
     std::string painted_text_;
     CellPalette palette_;
     std::map<std::string, ValueRange> ranges_; // by property, until values change
+    std::optional<FaceList> surface_;
     FaceActor faces_, sections_;
+    bool sections_in_faces_ = false; // painted sections are colours of faces_ instead of faces of their own
+    bool faces_painted_ = false;     // the colours that faces_ has now
     LineActor outline_, mark_;
     std::optional<std::int64_t> marked_;
     DrawnBox real_box_;

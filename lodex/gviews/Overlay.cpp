@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace lodex {
 
 namespace {
 
 constexpr double margin = 10, padding = 8, swatch = 15, tick_length = 5;
+constexpr double label_gap = 6; // between a legend and what is written beside it
 constexpr double least_bar = 60, greatest_bar = 260;
 
 struct Texts {
@@ -100,16 +102,18 @@ void draw_scale(QPainter& painter, const QRectF& area, const CellPalette& palett
     painter.setBrush(Qt::NoBrush);
     painter.setPen(frame);
     painter.drawRect(bar);
-    double former = HUGE_VAL;
+    // The ends before the numbers between them, which give way.
     std::vector<CellPalette::Tick> ticks = palette.ticks();
-    std::ranges::sort(ticks, {}, &CellPalette::Tick::place);
+    std::ranges::stable_sort(ticks, std::greater(),
+                             [](const CellPalette::Tick& tick) { return std::abs(tick.place - 0.5); });
+    std::vector<double> taken;
     for (const CellPalette::Tick& tick : ticks) {
         const double y = bar.bottom() - tick.place * bar.height();
+        if (std::ranges::any_of(taken, [&](double other) { return std::abs(other - y) < line * 0.9; }))
+            continue;
+        taken.push_back(y);
         painter.setPen(overlay.text);
         painter.drawLine(QPointF(bar.right(), y), QPointF(bar.right() + tick_length, y));
-        if (std::abs(former - y) < line * 0.9)
-            continue;
-        former = y;
         painter.drawText(
             QRectF(bar.right() + tick_length + 3, y - line / 2, area.right() - bar.right() - tick_length, line),
             Qt::AlignLeft | Qt::AlignVCenter, tick.text);
@@ -173,7 +177,51 @@ void draw_legend(QPainter& painter, const LegendItem& item, const QRectF& place,
         draw_entries(painter, area, *item.palette, overlay);
 }
 
-void draw_axis(QPainter& painter, const BoxAxis& axis, const Overlay& overlay)
+/// Place of the number at a tick: it touches the end of the tick with the side that faces it.
+QRectF label_place(const BoxAxis& axis, const QPointF& place, const QString& text, const QFontMetricsF& metrics)
+{
+    const double line = metrics.height(), width = metrics.horizontalAdvance(text) + 4;
+    const QPointF centre = place + axis.outwards * tick_length +
+                           QPointF(axis.outwards.x() * (width / 2 + 1), axis.outwards.y() * (line / 2 + 1));
+    return {centre.x() - width / 2, centre.y() - line / 2, width, line};
+}
+
+/// Takes away numbers that would stand on one another or be said twice in a corner where two axes meet.
+void thin_labels(std::vector<BoxAxis>& axes, const QFontMetricsF& metrics)
+{
+    struct Label {
+        std::size_t axis;
+        QRectF place;
+        QString text;
+    };
+    std::vector<Label> kept;
+    for (std::size_t n = 0; n < axes.size(); ++n) {
+        for (auto& [place, text] : axes[n].ticks) {
+            const QRectF own = label_place(axes[n], place, text, metrics);
+            const QRectF near = own.adjusted(-metrics.height(), -metrics.height(), metrics.height(), metrics.height());
+            const bool taken = std::ranges::any_of(kept, [&, &words = text](const Label& other) {
+                return other.place.intersects(own) ||
+                       (other.axis != n && other.text == words && other.place.intersects(near));
+            });
+            if (taken)
+                text.clear();
+            else
+                kept.push_back({n, own, text});
+        }
+    }
+}
+
+/// Places that labels of the axes keep off.
+std::vector<QRectF> taken_places(const Overlay& overlay)
+{
+    std::vector<QRectF> places = legend_places(overlay);
+    std::erase_if(places, [](const QRectF& place) { return place.isEmpty(); });
+    for (QRectF& place : places)
+        place.adjust(-label_gap, -label_gap, label_gap, label_gap);
+    return places;
+}
+
+void draw_axis(QPainter& painter, const BoxAxis& axis, const std::vector<QRectF>& taken, const Overlay& overlay)
 {
     const QFontMetricsF metrics(overlay.font);
     const double line = metrics.height();
@@ -186,12 +234,11 @@ void draw_axis(QPainter& painter, const BoxAxis& axis, const Overlay& overlay)
         const QPointF end = place + axis.outwards * tick_length;
         painter.setPen(QPen(pen, 1));
         painter.drawLine(place, end);
-        // The label touches the end of the tick with the side that faces it.
-        const double width = metrics.horizontalAdvance(text) + 4;
-        const QPointF centre = end + QPointF(axis.outwards.x() * (width / 2 + 1), axis.outwards.y() * (line / 2 + 1));
-        draw_text(painter, QRectF(centre.x() - width / 2, centre.y() - line / 2, width, line), Qt::AlignCenter, text,
-                  overlay);
-        reach = std::max(reach, std::abs(axis.outwards.x()) * width + std::abs(axis.outwards.y()) * line);
+        const QRectF label = label_place(axis, place, text, metrics);
+        if (text.isEmpty() || std::ranges::any_of(taken, [&](const QRectF& other) { return other.intersects(label); }))
+            continue;
+        draw_text(painter, label, Qt::AlignCenter, text, overlay);
+        reach = std::max(reach, std::abs(axis.outwards.x()) * label.width() + std::abs(axis.outwards.y()) * line);
     }
     static constexpr std::array<const char*, 3> names{QT_TRANSLATE_NOOP("lodex::Overlay", "X"),
                                                       QT_TRANSLATE_NOOP("lodex::Overlay", "Y"),
@@ -211,6 +258,10 @@ void draw_axis(QPainter& painter, const BoxAxis& axis, const Overlay& overlay)
     const QSizeF size = overlay.view.size;
     centre.setX(std::clamp(centre.x(), width / 2 + 2, std::max(size.width() - width / 2 - 2, width / 2 + 2)));
     centre.setY(std::clamp(centre.y(), line / 2, std::max(size.height() - line / 2, line / 2)));
+    for (const QRectF& other : taken) {
+        if (other.intersects(QRectF(centre.x() - width / 2, centre.y() - line / 2, width, line)))
+            centre.setX(std::max(other.left() - width / 2, width / 2 + 2));
+    }
     QFont italic = overlay.font;
     italic.setItalic(true);
     painter.setFont(italic);
@@ -348,7 +399,10 @@ std::vector<BoxAxis> box_axes(const Overlay& overlay)
         const double needed =
             std::abs(along.x()) * (label + 1.5 * metrics.height()) + std::abs(along.y()) * 2.2 * metrics.height();
         const int count = std::clamp(static_cast<int>(length(best->to - best->from) / needed), 1, 10);
-        const std::vector<double> numbers = round_ticks(low, high, count);
+        std::vector<double> numbers = round_ticks(low, high, count);
+        // One number says nothing of the scale.
+        for (int more = count + 1; numbers.size() < 2 && more <= 12; ++more)
+            numbers = round_ticks(low, high, more);
         const double step = numbers.size() > 1 ? numbers[1] - numbers[0] : high - low;
         for (const double number : numbers) {
             Point3 real = real_from;
@@ -358,6 +412,7 @@ std::vector<BoxAxis> box_axes(const Overlay& overlay)
         }
         axes.push_back(std::move(*best));
     }
+    thin_labels(axes, metrics);
     return axes;
 }
 
@@ -408,8 +463,9 @@ void paint_overlay(QPainter& painter, const Overlay& overlay)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(overlay.font);
     if (overlay.axes) {
+        const std::vector<QRectF> taken = taken_places(overlay);
         for (const BoxAxis& axis : box_axes(overlay))
-            draw_axis(painter, axis, overlay);
+            draw_axis(painter, axis, taken, overlay);
     }
     if (overlay.triad)
         draw_triad(painter, overlay);

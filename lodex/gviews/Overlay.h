@@ -49,7 +49,7 @@ struct BoxAxis {
     int axis = 0;     ///< 0 x, 1 y, 2 depth
     QPointF from, to; ///< its ends on the screen, from the least to the greatest drawn coordinate
     QPointF outwards; ///< unit vector away from the box
-    std::vector<std::pair<QPointF, QString>> ticks;
+    std::vector<std::pair<QPointF, QString>> ticks; ///< the number is empty where another one is in the way
 };
 /// One edge for every axis that has an extent and is not seen end-on.
 [[nodiscard]] std::vector<BoxAxis> box_axes(const Overlay& overlay);

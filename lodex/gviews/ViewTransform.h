@@ -36,6 +36,13 @@ struct ViewTransform {
     }
 };
 
+/// What a camera looks at and from where, to be kept and taken up again.
+struct CameraPlace {
+    Point3 focus{};                    ///< x, y, depth of the point in the middle
+    double height = 1;                 ///< what is seen at the focus from the lower to the upper edge, length units
+    double azimuth = 0, elevation = 0; ///< degrees: where the eye is, clockwise from the north, and above the horizon
+};
+
 /// A box of drawn coordinates.
 struct DrawnBox {
     Point3 least{}, greatest{};

@@ -6,6 +6,7 @@
 #include <tbb/global_control.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -25,7 +26,7 @@ std::vector<Face> listed(const FaceSet& faces)
     return list;
 }
 
-FaceSet faces_of(const GridModel& model, const CellFilter& filter = {})
+FaceSet filtered_faces(const GridModel& model, const CellFilter& filter = {})
 {
     return visible_faces(model, ShownCells(model, filter));
 }
@@ -189,7 +190,7 @@ TEST(GridFaces, ABoxHasItsSurface)
     for (const GridSize size : {GridSize{1, 1, 1}, {7, 5, 3}, {1, 6, 4}, {6, 1, 4}, {6, 4, 1}, {300, 2, 2}}) {
         const auto [ni, nj, nk] = size;
         const GridModel model = make_box(size, {100, 50, 10}, {1000, 2000, 1500});
-        const FaceSet faces = faces_of(model);
+        const FaceSet faces = filtered_faces(model);
         EXPECT_EQ(faces.size(), static_cast<std::size_t>(2 * (ni * nj + nj * nk + ni * nk)));
         EXPECT_EQ(faces.points.size(), 12 * faces.size());
         EXPECT_EQ(faces.side.size(), faces.size());
@@ -200,7 +201,7 @@ TEST(GridFaces, ABoxHasItsSurface)
 TEST(GridFaces, PointsAreDrawnUpwardsFromTheOrigin)
 {
     const GridModel model = make_box({1, 1, 1}, {100, 50, 10}, {1000, 2000, 1500});
-    const FaceSet faces = faces_of(model);
+    const FaceSet faces = filtered_faces(model);
     ASSERT_EQ(faces.size(), 6u);
     EXPECT_EQ(faces.origin, (Point3{1050, 2025, 1500}));
     const std::vector<Face> sides{{0, 0}, {0, 1}, {0, 2}, {0, 3}, {0, 4}, {0, 5}};
@@ -216,7 +217,7 @@ TEST(GridFaces, PointsAreDrawnUpwardsFromTheOrigin)
 TEST(GridFaces, LargeCoordinatesLoseNothing)
 {
     const GridModel model = make_box({10, 10, 2}, {0.25, 0.25, 0.25}, {450'000, 6'700'000, 3000});
-    const FaceSet faces = faces_of(model);
+    const FaceSet faces = filtered_faces(model);
     for (std::size_t n = 0; n < faces.points.size(); ++n) {
         const double number = faces.points[n] + (n % 3 == 2 ? -faces.origin[2] : faces.origin[n % 3]);
         EXPECT_EQ(std::fmod(number, 0.25), 0) << "corners lie on quarters of a metre";
@@ -227,36 +228,36 @@ TEST(GridFaces, HolesShowTheirWalls)
 {
     GridModel model = make_box({5, 5, 5}, {100, 50, 10});
     model.active[static_cast<std::size_t>(model.cell_index(2, 2, 2))] = 0;
-    EXPECT_EQ(faces_of(model).size(), 6u * 25 + 6);
+    EXPECT_EQ(filtered_faces(model).size(), 6u * 25 + 6);
     model.active[0] = 0; // a corner: three faces go, three come
-    EXPECT_EQ(faces_of(model).size(), 6u * 25 + 6);
+    EXPECT_EQ(filtered_faces(model).size(), 6u * 25 + 6);
     model.active[static_cast<std::size_t>(model.cell_index(2, 2, 0))] = 0; // amid a side: one goes, five come
-    EXPECT_EQ(faces_of(model).size(), 6u * 25 + 6 + 4);
+    EXPECT_EQ(filtered_faces(model).size(), 6u * 25 + 6 + 4);
     CellFilter all;
     all.active_only = false;
-    EXPECT_EQ(faces_of(model, all).size(), 6u * 25);
+    EXPECT_EQ(filtered_faces(model, all).size(), 6u * 25);
     std::ranges::fill(model.active, std::uint8_t{0});
-    EXPECT_EQ(faces_of(model).size(), 0u);
+    EXPECT_EQ(filtered_faces(model).size(), 0u);
 }
 
 TEST(GridFaces, FaultsShowBothSides)
 {
     GridModel model = make_box({6, 4, 3}, {100, 50, 10});
-    const std::size_t surface = faces_of(model).size();
+    const std::size_t surface = filtered_faces(model).size();
     move_down(model, 5, [](std::int64_t i, std::int64_t, std::int64_t) { return i >= 3; });
-    EXPECT_EQ(faces_of(model).size(), surface + 2 * 4 * 3);
-    expect_outward(model, faces_of(model));
+    EXPECT_EQ(filtered_faces(model).size(), surface + 2 * 4 * 3);
+    expect_outward(model, filtered_faces(model));
     move_down(model, 5, [](std::int64_t, std::int64_t j, std::int64_t) { return j >= 1; });
-    EXPECT_EQ(faces_of(model).size(), surface + 2 * 4 * 3 + 2 * 6 * 3);
+    EXPECT_EQ(filtered_faces(model).size(), surface + 2 * 4 * 3 + 2 * 6 * 3);
     move_down(model, 1, [](std::int64_t, std::int64_t, std::int64_t k) { return k >= 2; }); // a gap between layers
-    EXPECT_EQ(faces_of(model).size(), surface + 2 * 4 * 3 + 2 * 6 * 3 + 2 * 6 * 4);
+    EXPECT_EQ(filtered_faces(model).size(), surface + 2 * 4 * 3 + 2 * 6 * 3 + 2 * 6 * 4);
 }
 
 TEST(GridFaces, MirroredGridsLookOutwardsToo)
 {
     const GridModel model = mirrored_box({4, 3, 2});
     EXPECT_EQ(handedness(model), -1);
-    const FaceSet faces = faces_of(model);
+    const FaceSet faces = filtered_faces(model);
     EXPECT_EQ(faces.size(), 2u * (12 + 6 + 8));
     expect_outward(model, faces);
 }
@@ -265,7 +266,7 @@ TEST(GridFaces, CellsWithoutHeightOpenNoGap)
 {
     // Layer 1 of column 0 is pinched out and inactive.
     GridModel model = make_box({2, 1, 3}, {100, 50, 10});
-    const std::size_t surface = faces_of(model).size();
+    const std::size_t surface = filtered_faces(model).size();
     for (const std::int64_t k : {1, 2}) {
         for (const std::int64_t c : {0, 1}) {
             for (const std::int64_t b : {0, 1}) {
@@ -280,7 +281,7 @@ TEST(GridFaces, CellsWithoutHeightOpenNoGap)
     }
     model.active[static_cast<std::size_t>(model.cell_index(0, 0, 1))] = 0;
     // Column 0: two layers. Beside them the two columns differ in layers 1 and 2.
-    const FaceSet faces = faces_of(model);
+    const FaceSet faces = filtered_faces(model);
     EXPECT_EQ(faces.size(),
               surface - 3 /* outer sides of the pinched cell */ + 1 /* wall of layer 1 */ + 2 /* of layer 2 */);
     for (const Face& face : listed(faces))
@@ -293,7 +294,7 @@ TEST(GridFaces, BrokenCornersAreLeftOut)
     GridModel model = make_box({3, 3, 3}, {100, 50, 10});
     const double nan = std::numeric_limits<double>::quiet_NaN();
     set_depth(model, static_cast<std::size_t>(0), nan); // a corner of the first cell's top
-    const FaceSet faces = faces_of(model);
+    const FaceSet faces = filtered_faces(model);
     for (const float number : faces.points)
         ASSERT_TRUE(std::isfinite(number));
     EXPECT_EQ(faces.size(), 54u - 3) << "the three faces at that corner";
@@ -304,18 +305,18 @@ TEST(GridFaces, SlicesEndInFaces)
     const GridModel model = make_box({8, 6, 5}, {100, 50, 10});
     CellFilter filter;
     filter.ranges[2] = {{1, 1}};
-    EXPECT_EQ(faces_of(model, filter).size(), 2u * (8 * 6 + 8 + 6));
+    EXPECT_EQ(filtered_faces(model, filter).size(), 2u * (8 * 6 + 8 + 6));
     filter.ranges[2] = {{0, 0}, {4, 9}}; // the end beyond the grid is left out
-    EXPECT_EQ(faces_of(model, filter).size(), 4u * (8 * 6 + 8 + 6));
+    EXPECT_EQ(filtered_faces(model, filter).size(), 4u * (8 * 6 + 8 + 6));
     filter.ranges[0] = {{2, 3}};
-    EXPECT_EQ(faces_of(model, filter).size(), 4u * (2 * 6 + 2 + 6)) << "a box: in the ranges of both axes";
+    EXPECT_EQ(filtered_faces(model, filter).size(), 4u * (2 * 6 + 2 + 6)) << "a box: in the ranges of both axes";
     filter.slices = CellFilter::Slices::Fence;
     const auto in = [](std::int64_t i, std::int64_t, std::int64_t k) { return i == 2 || i == 3 || k == 0 || k == 4; };
-    EXPECT_EQ(listed(faces_of(model, filter)), expected_faces(model, in));
+    EXPECT_EQ(listed(filtered_faces(model, filter)), expected_faces(model, in));
     EXPECT_EQ(ShownCells(model, filter).count(), 2 * 48 + 3 * 12);
     filter.ranges = {};
     filter.ranges[1] = {{7, 9}};
-    EXPECT_EQ(faces_of(model, filter).size(), 0u) << "wholly outside the grid";
+    EXPECT_EQ(filtered_faces(model, filter).size(), 0u) << "wholly outside the grid";
     filter.ranges = {};
     EXPECT_EQ(ShownCells(model, filter).count(), model.cells()) << "a fence without ranges is the whole grid";
 }
@@ -347,7 +348,7 @@ TEST(GridFaces, ThresholdAndRegion)
     EXPECT_EQ(ShownCells(model, filter).count(), 24);
     filter = {};
     filter.region = "east";
-    EXPECT_EQ(faces_of(model, filter).size(), 6u);
+    EXPECT_EQ(filtered_faces(model, filter).size(), 6u);
     filter.region = "no such";
     EXPECT_EQ(ShownCells(model, filter).count(), 24);
 }
@@ -360,7 +361,7 @@ TEST(GridFaces, AgreesWithTheDefinitionOnRandomGrids)
         const auto active = [&](std::int64_t i, std::int64_t j, std::int64_t k) {
             return model.active[static_cast<std::size_t>(model.cell_index(i, j, k))] != 0;
         };
-        EXPECT_EQ(listed(faces_of(model)), expected_faces(model, active));
+        EXPECT_EQ(listed(filtered_faces(model)), expected_faces(model, active));
 
         SectionSets sections;
         sections[0] = {0, 3};
@@ -376,7 +377,7 @@ TEST(GridFaces, AgreesWithTheDefinitionOnRandomGrids)
         const auto in_box = [&](std::int64_t i, std::int64_t j, std::int64_t k) {
             return active(i, j, k) && i >= 1 && i <= 4 && k <= 2;
         };
-        EXPECT_EQ(listed(faces_of(model, box)), expected_faces(model, in_box));
+        EXPECT_EQ(listed(filtered_faces(model, box)), expected_faces(model, in_box));
     }
 }
 
@@ -386,13 +387,131 @@ TEST(GridFaces, DoesNotDependOnTheNumberOfThreads)
     std::vector<FaceSet> results;
     for (const std::size_t threads : {1u, 2u, 7u}) {
         const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, threads);
-        results.push_back(faces_of(model));
+        results.push_back(filtered_faces(model));
     }
     EXPECT_GT(results[0].size(), 5000u);
     for (const FaceSet& other : results) {
         EXPECT_EQ(other.points, results[0].points);
         EXPECT_EQ(other.cell, results[0].cell);
         EXPECT_EQ(other.side, results[0].side);
+    }
+}
+
+namespace {
+
+/// A box in which a share of the cells is hidden at random, with a hollow of hidden cells that has no way out.
+struct Ragged {
+    GridModel model = make_box({20, 18, 16}, {10, 10, 5});
+    std::vector<std::uint8_t> flags = std::vector<std::uint8_t>(static_cast<std::size_t>(model.cells()), 1);
+
+    explicit Ragged(unsigned hidden_of_ten)
+    {
+        std::mt19937 random(hidden_of_ten);
+        for (auto& flag : flags)
+            flag = random() % 10 >= hidden_of_ten;
+        for (std::int64_t k = 5; k < 10; ++k) {
+            for (std::int64_t j = 5; j < 10; ++j) {
+                for (std::int64_t i = 5; i < 10; ++i)
+                    flags[at(i, j, k)] = !(i == 7 && j == 7 && k == 7);
+            }
+        }
+        model.regions.push_back({"shown", flags, false});
+    }
+    [[nodiscard]] std::size_t at(std::int64_t i, std::int64_t j, std::int64_t k) const
+    {
+        return static_cast<std::size_t>(model.cell_index(i, j, k));
+    }
+    [[nodiscard]] FaceList nearest(std::size_t most) const
+    {
+        CellFilter filter;
+        filter.region = "shown";
+        const ShownCells shown(model, filter), body(model, CellFilter());
+        return nearest_faces(model, shown, body, list_visible_faces(model, body).value(), most);
+    }
+    [[nodiscard]] FaceList all() const
+    {
+        CellFilter filter;
+        filter.region = "shown";
+        return list_visible_faces(model, ShownCells(model, filter)).value();
+    }
+};
+
+std::size_t bits_of(const FaceList& list)
+{
+    std::size_t count = 0;
+    for (const std::uint8_t sides : list.sides)
+        count += static_cast<std::size_t>(std::popcount(sides));
+    return count;
+}
+
+} // namespace
+
+TEST(FaceList, SaysWhatTheFacesAre)
+{
+    const GridModel model = make_example({20, 16, 10}, 1);
+    const ShownCells shown(model, CellFilter());
+    const FaceList list = list_visible_faces(model, shown).value();
+    const FaceSet faces = visible_faces(model, shown);
+    EXPECT_EQ(list.faces, faces.size());
+    EXPECT_EQ(bits_of(list), faces.size());
+    EXPECT_TRUE(std::ranges::is_sorted(list.cell));
+    EXPECT_EQ(listed(faces_of(model, list)), listed(faces));
+    EXPECT_TRUE(list_visible_faces(model, shown, faces.size()));
+    EXPECT_FALSE(list_visible_faces(model, shown, faces.size() - 1)) << "one too many";
+    EXPECT_EQ(faces_of(model, FaceList()).size(), 0u);
+}
+
+TEST(FaceList, ASampleTellsTheNumber)
+{
+    const Ragged ragged(5);
+    CellFilter filter;
+    filter.region = "shown";
+    const double guess = static_cast<double>(guess_visible_faces(ragged.model, ShownCells(ragged.model, filter)));
+    EXPECT_NEAR(guess / static_cast<double>(ragged.all().faces), 1, 0.25);
+}
+
+TEST(NearestFaces, AllThatCanBeSeenWhenThereIsNoLimit)
+{
+    const Ragged ragged(6);
+    const FaceList near = ragged.nearest(std::numeric_limits<std::size_t>::max()), all = ragged.all();
+    EXPECT_EQ(bits_of(near), near.faces);
+    EXPECT_TRUE(std::ranges::is_sorted(near.cell));
+    // Only hollows without a way out are left away; the one at 7, 7, 7 has six walls.
+    std::size_t missing = 0;
+    for (std::size_t n = 0, m = 0; n < all.cell.size(); ++n) {
+        const bool found = m < near.cell.size() && near.cell[m] == all.cell[n];
+        const std::uint8_t sides = found ? near.sides[m++] : std::uint8_t{0};
+        EXPECT_EQ(sides & ~all.sides[n], 0) << "a face that is none";
+        missing += static_cast<std::size_t>(std::popcount(static_cast<std::uint8_t>(all.sides[n] & ~sides)));
+    }
+    EXPECT_EQ(near.faces + missing, all.faces);
+    EXPECT_GE(missing, 6u);
+    EXPECT_LT(missing, all.faces / 10);
+    const tbb::global_control one(tbb::global_control::max_allowed_parallelism, 1);
+    EXPECT_EQ(ragged.nearest(std::numeric_limits<std::size_t>::max()), near);
+}
+
+TEST(NearestFaces, TheOuterOnesFirst)
+{
+    const Ragged ragged(3);
+    const FaceList surface = list_visible_faces(ragged.model, ShownCells(ragged.model, CellFilter())).value();
+    std::size_t former = 0;
+    const std::size_t all = ragged.all().faces;
+    for (const std::size_t most : {std::size_t{1}, all / 3, all / 2, 2 * all / 3, all}) {
+        const FaceList list = ragged.nearest(most);
+        EXPECT_GE(list.faces, former);
+        if (former > 0) {
+            EXPECT_LE(list.faces, std::max(most, former)) << "beyond what comes in any case";
+        }
+        former = list.faces;
+        for (std::size_t n = 0; n < surface.cell.size(); ++n) {
+            if (!ragged.flags[surface.cell[n]])
+                continue;
+            const auto place = std::ranges::lower_bound(list.cell, surface.cell[n]);
+            ASSERT_TRUE(place != list.cell.end() && *place == surface.cell[n]);
+            const std::uint8_t sides = list.sides[static_cast<std::size_t>(place - list.cell.begin())];
+            EXPECT_EQ(sides & surface.sides[n], surface.sides[n]) << "the surface is whole";
+        }
     }
 }
 

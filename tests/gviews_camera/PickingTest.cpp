@@ -190,6 +190,41 @@ TEST_F(PickingTest, AgreesWithRaysOnFaultedGridsOfEitherHand)
     }
 }
 
+TEST_F(PickingTest, AgreesWithRaysUnderThresholdAndSlices)
+{
+    for (const bool mirrored : {false, true}) {
+        SCOPED_TRACE(mirrored);
+        GridModel model = faulted_box(mirrored);
+        std::mt19937 random(12);
+        PropertyData value{.name = "V",
+                           .unit = {},
+                           .values = std::vector<float>(model.active.size()),
+                           .no_data = {},
+                           .code_names = {}};
+        for (float& number : std::get<std::vector<float>>(value.values))
+            number = static_cast<float>(random() % 1000) / 1000;
+        for (auto& active : model.active)
+            active = random() % 8 != 0;
+        model.properties.push_back(std::move(value));
+        CornerPointGrid* grid = add_grid(mirrored ? "Mirrored" : "Faulted", std::move(model));
+        CellFilter filter;
+        filter.threshold = CellThreshold{"V", 0.4, {}, {}};
+        filter.ranges[1] = {{2, 8}};
+        view->remove_all();
+        view->add_grid(grid, {.filter = filter});
+        view->set_vertical_exaggeration(mirrored ? 6 : 3);
+        view->set_direction(mirrored ? 130 : 230, 40);
+        view->fit();
+        show();
+        const auto& values = std::get<std::vector<float>>(grid->model().find_property("V")->values);
+        const auto shown = [&, on = active(*grid)](std::int64_t cell) {
+            const std::int64_t j = cell / 12 % 10;
+            return on(cell) && values[static_cast<std::size_t>(cell)] >= 0.4f && j >= 2 && j <= 8;
+        };
+        EXPECT_GT(compare(*grid, 1000, 13, shown), 150);
+    }
+}
+
 TEST_F(PickingTest, AgreesWithRaysOnTheExampleFieldAndItsSlices)
 {
     CornerPointGrid* grid = add_grid("Field", make_example({25, 20, 12}, 2));
@@ -298,10 +333,9 @@ TEST_F(PickingTest, AClickReachesToolAndSignal)
         const auto* info = dynamic_cast<const Lodex::SGridPickInfo*>(selection->pick_info());
         of = info ? info->grid() : nullptr;
         index = info ? info->subset()->index() : -1;
-        EXPECT_EQ(selection->object(), of);
-        if (info) {
-            ASSERT_NE(info->point(), nullptr);
-        }
+        EXPECT_EQ(selection->object(), grid) << "beside its cells too";
+        ASSERT_NE(selection->pick_info(), nullptr);
+        ASSERT_NE(selection->pick_info()->point(), nullptr);
     }));
     graphics->set_tool(tool.get());
     EXPECT_EQ(view->cursor().shape(), Qt::CrossCursor);
@@ -339,6 +373,18 @@ TEST_F(PickingTest, AClickReachesToolAndSignal)
     EXPECT_EQ(calls, 2) << "the tool hears of a click beside the grid";
     EXPECT_EQ(of, nullptr);
     EXPECT_EQ(graphics->tool(), tool.get()) << "a failed pick leaves the tool";
+    bool empty_handed = false;
+    Lodex::Ref<Tool> nothing_there(
+        new Tool([&] { empty_handed = graphics->selection() && !graphics->selection()->object(); }));
+    graphics->set_tool(nothing_there.get());
+    view->set_display(grid, {.visible = false});
+    view->pick_at(place);
+    EXPECT_TRUE(empty_handed) << "nothing is shown";
+    EXPECT_EQ(missed, 2);
+    view->set_display(grid, {});
+    graphics->set_tool(tool.get());
+    hints.removeLast();
+    settle();
 
     const double azimuth = view->azimuth();
     QTest::mousePress(view.get(), Qt::LeftButton, {}, place);

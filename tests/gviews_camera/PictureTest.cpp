@@ -126,6 +126,73 @@ TEST_F(PictureTest, PaintedSectionsShowAtOnceInTheirColour)
         << "nothing painted: the field as before";
 }
 
+TEST_F(PictureTest, VeryManyPaintedSectionsAreColoursOfTheSurface)
+{
+    GridDisplay display = view->display(grid);
+    display.faces_at_ease = 1;
+    view->set_display(grid, display);
+    show();
+    const std::size_t faces = view->face_count();
+    std::string sections;
+    int count = 0;
+    for (int first = 0; first < 50; first += 3) {
+        for (const int section : {first, std::min(first + 2, 49)}) {
+            sections += " 1 1 " + std::to_string(section);
+            ++count;
+        }
+    }
+    grid->style()->set_attribute("*sections", std::to_string(count) + sections + " 2 0 0 3 0 0");
+    grid->style()->update();
+    settle();
+    const QImage image = picture_now();
+    save(image, "camera_sections_many");
+    EXPECT_EQ(view->face_count(), faces);
+    for (const int i : {21, 23}) {
+        EXPECT_LE(hue_difference(seen(image, i, 12, 0, CellSide::KMinus), QColor(240, 110, 40)), 15) << i;
+    }
+    EXPECT_LT(seen(image, 22, 12, 0, CellSide::KMinus).hsvSaturation(), 25) << "grey between them";
+    grid->style()->set_attribute("*sections", " 3 1 0 0 2 0 0 3 0 0");
+    grid->style()->update();
+    settle();
+    const CellPalette palette(*grid, ColourBy::of_property("FACIES"));
+    EXPECT_LE(hue_difference(seen(picture_now(), 22, 12, 0, CellSide::KMinus),
+                             to_colour(palette.of(static_cast<std::size_t>(grid->model().cell_index(22, 12, 0))))),
+              12)
+        << "as before";
+}
+
+TEST_F(PictureTest, LinesRoundSmallCellsFade)
+{
+    view->set_colour(grid, {});
+    show();
+    // From above the cells are wide and have lines; the same cells far away have none.
+    view->set_standard_view(CameraView::StandardView::Top);
+    const auto darkest = [&](const QImage& image, const QPointF& from, const QPointF& to) {
+        int least = 255;
+        for (int n = 0; n <= 200; ++n)
+            least = std::min(least, image.pixelColor((from + (to - from) * n / 200.0).toPoint()).lightness());
+        return least;
+    };
+    const auto between = [&](const QImage& image) {
+        const QPointF a = place_of(*grid, 25, 20, 0, CellSide::KMinus);
+        const QPointF b = place_of(*grid, 26, 20, 0, CellSide::KMinus);
+        return image.pixelColor(a.toPoint()).lightness() - darkest(image, a, b);
+    };
+    EXPECT_GT(between(picture_now()), 40) << "a line between two cells";
+    const QImage small = view->picture({130, 110});
+    save(small, "camera_small");
+    int dark = 0, seen_cells = 0;
+    for (int y = 0; y < small.height(); ++y) {
+        for (int x = 0; x < small.width(); ++x) {
+            const QColor colour = small.pixelColor(x, y);
+            seen_cells += colour.hsvSaturation() > 20;
+            dark += colour.hsvSaturation() > 20 && colour.lightness() < 60;
+        }
+    }
+    EXPECT_GT(seen_cells, 300);
+    EXPECT_LT(dark, seen_cells / 10) << "the colour of the cells, not of their lines";
+}
+
 TEST_F(PictureTest, StandardViewsHaveTheRightHand)
 {
     show();
@@ -233,6 +300,34 @@ TEST_F(PictureTest, SlicesThresholdAndTwoGrids)
     view->fit();
     save(picture_now(), "camera_two_grids");
     EXPECT_EQ(view->grids(), (std::vector<CornerPointGrid*>{grid, below}));
+}
+
+TEST_F(PictureTest, TheNearestFacesOfARaggedPartMakeItsPicture)
+{
+    CellFilter filter;
+    filter.threshold = CellThreshold{"PERMX", 1.0, {}, {}};
+    GridDisplay display{.colour = ColourBy::of_property("PERMX"), .filter = filter, .outline = false};
+    display.cell_edges = false;
+    view->set_display(grid, display);
+    show();
+    const QImage all = picture_now();
+    const std::size_t faces = view->face_count();
+    save(all, "camera_ragged_all");
+    display.faces_at_ease = 1;
+    view->set_display(grid, display);
+    const QImage near = picture_now();
+    save(near, "camera_ragged_near");
+    EXPECT_LT(view->face_count(), faces);
+    int drawn = 0, different = 0;
+    for (int y = 0; y < all.height(); ++y) {
+        for (int x = 0; x < all.width(); ++x) {
+            drawn += all.pixelColor(x, y).hsvSaturation() > 60;
+            different += all.pixel(x, y) != near.pixel(x, y);
+        }
+    }
+    EXPECT_GT(drawn, 30'000);
+    EXPECT_LT(different, drawn / 40) << "deep inside, where something is missing";
+    RecordProperty("different_pixels", different);
 }
 
 TEST_F(PictureTest, ManyRequestsMakeOnePicture)

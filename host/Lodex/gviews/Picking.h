@@ -31,7 +31,8 @@ public:
 class GraphicSelection {
 public:
     virtual ~GraphicSelection() = default;
-    /// The picked object; null when nothing was hit.
+    /// The picked object; of a click beside all that is drawn the first object that the camera shows, with a point that
+    /// lies on none of them. Null when the camera shows nothing.
     [[nodiscard]] virtual GObj* object() const = 0;
     /// Details of the pick; null when there are none.
     [[nodiscard]] virtual const PickInfo* pick_info() const = 0;

@@ -1,406 +1,66 @@
 #include "GridFaces.h"
 
+#include "FaceScanner.h"
+
 #include <tbb/blocked_range.h>
 #include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
-#include <functional>
-#include <map>
+#include <atomic>
+#include <numeric>
 
 namespace lodex {
+
+using namespace face_scan;
 
 namespace {
 
 constexpr std::int64_t cells_per_block = 1 << 14;
-
-constexpr std::uint8_t bit(CellSide side)
-{
-    return static_cast<std::uint8_t>(1 << static_cast<int>(side));
-}
-
-/// A pillar as a line x = x0 + slope * (depth - depth0), the same as pillar_point() gives.
-struct PillarLine {
-    double x, y, depth, slope_x, slope_y;
-
-    [[nodiscard]] Point3 at(double d) const { return {x + (d - depth) * slope_x, y + (d - depth) * slope_y, d}; }
-};
-
-std::vector<PillarLine> pillar_lines(const GridModel& model)
-{
-    std::vector<PillarLine> lines(static_cast<std::size_t>(model.pillars()));
-    model.coord.visit([&](auto coord) {
-        for (std::size_t n = 0; n < lines.size(); ++n) {
-            std::array<double, 6> p;
-            for (std::size_t m = 0; m < 6; ++m)
-                p[m] = static_cast<double>(coord[6 * n + m]);
-            const double height = p[5] - p[2];
-            const double sx = (p[3] - p[0]) / height, sy = (p[4] - p[1]) / height;
-            lines[n] = height == 0 || !std::isfinite(sx) || !std::isfinite(sy) ? PillarLine{p[0], p[1], 0, 0, 0}
-                                                                               : PillarLine{p[0], p[1], p[2], sx, sy};
-        }
-    });
-    return lines;
-}
-
-Point3 minus(const Point3& a, const Point3& b)
-{
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-double turn(const Point3& a, const Point3& b, const Point3& c)
-{
-    return a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) + a[2] * (b[0] * c[1] - b[1] * c[0]);
-}
-
-/// True when the cell turns like (x, y, depth), by the mean edges along I, J, K.
-bool turns_like_depth(const CellCorners& corners)
-{
-    std::array<Point3, 3> edges{};
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        const std::size_t step = std::size_t{1} << axis;
-        for (std::size_t corner = 0; corner < 8; ++corner) {
-            if (corner & step)
-                continue;
-            const Point3 edge = minus(corners[corner + step], corners[corner]);
-            for (std::size_t n = 0; n < 3; ++n)
-                edges[axis][n] += edge[n];
-        }
-    }
-    return turn(edges[0], edges[1], edges[2]) >= 0;
-}
-
-void append(std::vector<float>& points, const Point3& point, const Point3& origin)
-{
-    points.push_back(static_cast<float>(point[0] - origin[0]));
-    points.push_back(static_cast<float>(point[1] - origin[1]));
-    points.push_back(static_cast<float>(origin[2] - point[2]));
-}
-
-bool is_finite(const Point3& point)
-{
-    return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
-}
-
-/// What one block of rows gives.
-struct Part {
-    std::vector<float> points;
-    std::vector<std::uint32_t> cell;
-    std::vector<std::uint8_t> side;
-};
-
-/// Looks for faces in the corner depths as they are stored.
-template <class Depth> class Scanner {
-public:
-    Scanner(const GridModel& model, const ShownCells& shown, std::span<const Depth> depths,
-            const std::vector<PillarLine>& pillars, const Point3& origin)
-        : model_(model), shown_(shown), depths_(depths.data()), pillars_(pillars), origin_(origin), ni_(model.size[0]),
-          nj_(model.size[1]), nk_(model.size[2])
-    {
-    }
-
-    struct Scratch {
-        explicit Scratch(std::int64_t ni)
-            : self(static_cast<std::size_t>(ni)), other(static_cast<std::size_t>(ni)),
-              open(static_cast<std::size_t>(ni))
-        {
-        }
-        std::vector<std::uint8_t> self, other, open;
-    };
-
-    void scan_row(std::int64_t j, std::int64_t k, Scratch& scratch, Part& part) const
-    {
-        bool whole = false;
-        const auto list = shown_.listed(j, k, whole);
-        if (!whole) {
-            for (const std::int64_t i : list) {
-                if (!shown_.shows(i, j, k))
-                    continue;
-                if (const std::uint8_t open = open_sides(i, j, k))
-                    emit(i, j, k, open, part);
-            }
-            return;
-        }
-        if (!read_shown(j, k, scratch.self))
-            return;
-        std::fill(scratch.open.begin(), scratch.open.end(), std::uint8_t{0});
-        scan_along_i(j, k, scratch);
-        scan_along_j(j, k, scratch);
-        scan_along_k(j, k, scratch);
-        std::int64_t i = 0;
-        const std::uint8_t* const open = scratch.open.data();
-        for (; i + 8 <= ni_; i += 8) {
-            std::uint64_t eight;
-            std::memcpy(&eight, open + i, 8);
-            if (eight == 0)
-                continue;
-            emit_some(i, i + 8, j, k, open, part);
-        }
-        emit_some(i, ni_, j, k, open, part);
-    }
-
-private:
-    /// Row of 2 ni depths: side b along J and c along K of the cells j, k.
-    [[nodiscard]] const Depth* row(std::int64_t j, std::int64_t k, int b, int c) const
-    {
-        return depths_ + ((2 * k + c) * 2 * nj_ + 2 * j + b) * 2 * ni_;
-    }
-
-    /// Flags of the shown cells of a row; false when there are none.
-    bool read_shown(std::int64_t j, std::int64_t k, std::vector<std::uint8_t>& out) const
-    {
-        const std::uint8_t* const flags = shown_.flags().data() + ni_ * (j + nj_ * k);
-        const std::uint8_t* const columns = shown_.columns(j, k);
-        std::uint8_t any = 0;
-        for (std::int64_t i = 0; i < ni_; ++i) {
-            out[static_cast<std::size_t>(i)] = flags[i] & columns[i];
-            any |= flags[i] & columns[i];
-        }
-        return any != 0;
-    }
-
-    static bool rows_equal(const Depth* a, const Depth* b, std::int64_t count)
-    {
-        int differ = 0;
-        for (std::int64_t n = 0; n < count; ++n)
-            differ |= static_cast<int>(!(a[n] == b[n]));
-        return differ == 0;
-    }
-
-    void scan_along_i(std::int64_t j, std::int64_t k, Scratch& scratch) const
-    {
-        const Depth* const rows[4] = {row(j, k, 0, 0), row(j, k, 1, 0), row(j, k, 0, 1), row(j, k, 1, 1)};
-        const std::uint8_t* const self = scratch.self.data();
-        std::uint8_t* const open = scratch.open.data();
-        const auto last = static_cast<std::size_t>(ni_ - 1);
-        if (self[0])
-            open[0] |= bit(CellSide::IMinus);
-        for (std::size_t i = 0; i < last; ++i) {
-            const bool same = rows[0][2 * i + 1] == rows[0][2 * i + 2] && rows[1][2 * i + 1] == rows[1][2 * i + 2] &&
-                              rows[2][2 * i + 1] == rows[2][2 * i + 2] && rows[3][2 * i + 1] == rows[3][2 * i + 2];
-            if (self[i] && !(same && self[i + 1]))
-                open[i] |= bit(CellSide::IPlus);
-            if (self[i + 1] && !(same && self[i]))
-                open[i + 1] |= bit(CellSide::IMinus);
-        }
-        if (self[last])
-            open[last] |= bit(CellSide::IPlus);
-    }
-
-    void scan_along_j(std::int64_t j, std::int64_t k, Scratch& scratch) const
-    {
-        for (const int plus : {0, 1}) {
-            const std::uint8_t side = bit(plus ? CellSide::JPlus : CellSide::JMinus);
-            const std::int64_t next = plus ? j + 1 : j - 1;
-            if (next < 0 || next >= nj_ || !read_shown(next, k, scratch.other)) {
-                mark_all(side, scratch);
-                continue;
-            }
-            const Depth* const own[2] = {row(j, k, plus, 0), row(j, k, plus, 1)};
-            const Depth* const theirs[2] = {row(next, k, 1 - plus, 0), row(next, k, 1 - plus, 1)};
-            mark_open(side, own, theirs, scratch);
-        }
-    }
-
-    void scan_along_k(std::int64_t j, std::int64_t k, Scratch& scratch) const
-    {
-        for (const int plus : {0, 1}) {
-            const std::uint8_t side = bit(plus ? CellSide::KPlus : CellSide::KMinus);
-            const std::int64_t next = plus ? k + 1 : k - 1;
-            if (next < 0 || next >= nk_) {
-                mark_all(side, scratch);
-                continue;
-            }
-            read_shown(j, next, scratch.other);
-            const Depth* const own[2] = {row(j, k, 0, plus), row(j, k, 1, plus)};
-            const Depth* const theirs[2] = {row(j, next, 0, 1 - plus), row(j, next, 1, 1 - plus)};
-            mark_open(side, own, theirs, scratch);
-            for (std::int64_t i = 0; i < ni_; ++i) {
-                std::uint8_t& open = scratch.open[static_cast<std::size_t>(i)];
-                if ((open & side) && !scratch.other[static_cast<std::size_t>(i)] && covered_along_k(i, j, k, plus))
-                    open = static_cast<std::uint8_t>(open & ~side);
-            }
-        }
-    }
-
-    void mark_all(std::uint8_t side, Scratch& scratch) const
-    {
-        for (std::size_t i = 0; i < scratch.self.size(); ++i)
-            scratch.open[i] |= scratch.self[i] ? side : std::uint8_t{0};
-    }
-
-    void mark_open(std::uint8_t side, const Depth* const own[2], const Depth* const theirs[2], Scratch& scratch) const
-    {
-        const std::uint8_t* const self = scratch.self.data();
-        const std::uint8_t* const other = scratch.other.data();
-        std::uint8_t* const open = scratch.open.data();
-        const auto ni = static_cast<std::size_t>(ni_);
-        if (rows_equal(own[0], theirs[0], 2 * ni_) && rows_equal(own[1], theirs[1], 2 * ni_)) {
-            for (std::size_t i = 0; i < ni; ++i)
-                open[i] |= self[i] & static_cast<std::uint8_t>(!other[i]) ? side : std::uint8_t{0};
-            return;
-        }
-        for (std::size_t i = 0; i < ni; ++i) {
-            const bool same = own[0][2 * i] == theirs[0][2 * i] && own[0][2 * i + 1] == theirs[0][2 * i + 1] &&
-                              own[1][2 * i] == theirs[1][2 * i] && own[1][2 * i + 1] == theirs[1][2 * i + 1];
-            if (self[i] && !(same && other[i]))
-                open[i] |= side;
-        }
-    }
-
-    /// True when both cells' depths on the sides that touch along K are the same.
-    [[nodiscard]] bool same_along_k(std::int64_t i, std::int64_t j, std::int64_t k, int c, std::int64_t other_k,
-                                    int other_c) const
-    {
-        for (const int b : {0, 1}) {
-            const Depth* const own = row(j, k, b, c) + 2 * i;
-            const Depth* const theirs = row(j, other_k, b, other_c) + 2 * i;
-            if (!(own[0] == theirs[0] && own[1] == theirs[1]))
-                return false;
-        }
-        return true;
-    }
-
-    /// True when a shown cell touches the side along K of this one, if only through hidden cells without height.
-    [[nodiscard]] bool covered_along_k(std::int64_t i, std::int64_t j, std::int64_t k, int plus) const
-    {
-        const std::int64_t step = plus ? 1 : -1;
-        for (std::int64_t next = k + step; next >= 0 && next < nk_; next += step) {
-            if (!same_along_k(i, j, k, plus, next, 1 - plus))
-                return false;
-            if (shown_.shows(i, j, next))
-                return true;
-            if (!same_along_k(i, j, next, 0, next, 1))
-                return false;
-        }
-        return false;
-    }
-
-    [[nodiscard]] bool covered(std::int64_t i, std::int64_t j, std::int64_t k, CellSide side) const
-    {
-        const auto corner = [this](std::int64_t ci, std::int64_t cj, std::int64_t ck, int a, int b, int c) {
-            return row(cj, ck, b, c)[2 * ci + a];
-        };
-        const int plus = static_cast<int>(side) % 2, step = plus ? 1 : -1;
-        if (side == CellSide::IMinus || side == CellSide::IPlus) {
-            if (i + step < 0 || i + step >= ni_ || !shown_.shows(i + step, j, k))
-                return false;
-            for (const int b : {0, 1}) {
-                for (const int c : {0, 1}) {
-                    if (!(corner(i, j, k, plus, b, c) == corner(i + step, j, k, 1 - plus, b, c)))
-                        return false;
-                }
-            }
-            return true;
-        }
-        if (side == CellSide::JMinus || side == CellSide::JPlus) {
-            if (j + step < 0 || j + step >= nj_ || !shown_.shows(i, j + step, k))
-                return false;
-            for (const int a : {0, 1}) {
-                for (const int c : {0, 1}) {
-                    if (!(corner(i, j, k, a, plus, c) == corner(i, j + step, k, a, 1 - plus, c)))
-                        return false;
-                }
-            }
-            return true;
-        }
-        return covered_along_k(i, j, k, plus);
-    }
-
-    [[nodiscard]] std::uint8_t open_sides(std::int64_t i, std::int64_t j, std::int64_t k) const
-    {
-        std::uint8_t open = 0;
-        for (int side = 0; side < 6; ++side) {
-            if (!covered(i, j, k, static_cast<CellSide>(side)))
-                open |= static_cast<std::uint8_t>(1 << side);
-        }
-        return open;
-    }
-
-    void emit_some(std::int64_t first, std::int64_t last, std::int64_t j, std::int64_t k, const std::uint8_t* open,
-                   Part& part) const
-    {
-        for (std::int64_t i = first; i < last; ++i) {
-            if (open[i])
-                emit(i, j, k, open[i], part);
-        }
-    }
-
-    [[nodiscard]] CellCorners corners(std::int64_t i, std::int64_t j, std::int64_t k) const
-    {
-        CellCorners result;
-        for (int b = 0; b < 2; ++b) {
-            const PillarLine* const pillars = pillars_.data() + i + (ni_ + 1) * (j + b);
-            for (int c = 0; c < 2; ++c) {
-                const Depth* const depths = row(j, k, b, c) + 2 * i;
-                for (int a = 0; a < 2; ++a)
-                    result[static_cast<std::size_t>(a + 2 * b + 4 * c)] = pillars[a].at(static_cast<double>(depths[a]));
-            }
-        }
-        return result;
-    }
-
-    void emit(std::int64_t i, std::int64_t j, std::int64_t k, std::uint8_t open, Part& part) const
-    {
-        const CellCorners cell = corners(i, j, k);
-        // Depth turned into height mirrors the cell.
-        const bool mirrored = turns_like_depth(cell);
-        const auto index = static_cast<std::uint32_t>(model_.cell_index(i, j, k));
-        for (int side = 0; side < 6; ++side) {
-            if (!(open >> side & 1))
-                continue;
-            std::array<Point3, 4> face = side_corners(cell, static_cast<CellSide>(side));
-            if (!std::ranges::all_of(face, is_finite) || (side < 4 && !has_height(cell, side)))
-                continue;
-            if (mirrored)
-                std::swap(face[1], face[3]);
-            for (const Point3& point : face)
-                append(part.points, point, origin_);
-            part.cell.push_back(index);
-            part.side.push_back(static_cast<std::uint8_t>(side));
-        }
-    }
-
-    /// False when the two edges along K of a side along I or J have no length.
-    static bool has_height(const CellCorners& cell, int side)
-    {
-        const std::size_t axis = side < 2 ? 1 : 2; // bit of the axis
-        const std::size_t first = side % 2 ? axis : 0, other = side < 2 ? 2 : 1;
-        return cell[first][2] != cell[first + 4][2] || cell[first + other][2] != cell[first + other + 4][2];
-    }
-
-    const GridModel& model_;
-    const ShownCells& shown_;
-    const Depth* depths_;
-    const std::vector<PillarLine>& pillars_;
-    Point3 origin_;
-    std::int64_t ni_, nj_, nk_;
-};
+constexpr std::size_t entries_per_task = 1 << 12;
+constexpr std::int64_t sample = 16; // one row of so many tells how many faces there are
 
 template <class Depth>
-std::vector<Part> scan(const GridModel& model, const ShownCells& shown, std::span<const Depth> depths,
-                       const Point3& origin)
+std::optional<FaceList> scan(const GridModel& model, const ShownCells& shown, std::span<const Depth> depths,
+                             std::size_t most, std::int64_t stride = 1)
 {
     const std::vector<PillarLine> pillars = pillar_lines(model);
-    const Scanner<Depth> scanner(model, shown, depths, pillars, origin);
-    const std::int64_t rows = model.size[1] * model.size[2];
+    const FaceScanner<Depth> scanner(model, shown, depths, pillars);
+    const std::int64_t rows = (model.size[1] * model.size[2] + stride - 1) / stride;
     const std::int64_t rows_per_block = std::max<std::int64_t>(1, cells_per_block / model.size[0]);
     const std::int64_t blocks = (rows + rows_per_block - 1) / rows_per_block;
-    std::vector<Part> parts(static_cast<std::size_t>(blocks));
-    tbb::enumerable_thread_specific<typename Scanner<Depth>::Scratch> scratches(model.size[0]);
+    std::vector<FaceList> parts(static_cast<std::size_t>(blocks));
+    std::atomic<std::size_t> found = 0;
+    tbb::enumerable_thread_specific<typename FaceScanner<Depth>::Scratch> scratches(model.size[0]);
     tbb::parallel_for(tbb::blocked_range<std::int64_t>(0, blocks, 1),
                       [&](const tbb::blocked_range<std::int64_t>& range) {
                           auto& scratch = scratches.local();
                           for (std::int64_t block = range.begin(); block != range.end(); ++block) {
+                              if (found.load(std::memory_order_relaxed) > most)
+                                  return;
                               const std::int64_t last = std::min(rows, (block + 1) * rows_per_block);
+                              FaceList& part = parts[static_cast<std::size_t>(block)];
                               for (std::int64_t r = block * rows_per_block; r < last; ++r)
-                                  scanner.scan_row(r % model.size[1], r / model.size[1], scratch,
-                                                   parts[static_cast<std::size_t>(block)]);
+                                  scanner.scan_row(r * stride % model.size[1], r * stride / model.size[1], scratch,
+                                                   part);
+                              found += part.faces;
                           }
                       });
-    return parts;
+    if (found > most)
+        return std::nullopt;
+    std::vector<std::size_t> first(parts.size() + 1, 0);
+    for (std::size_t n = 0; n < parts.size(); ++n)
+        first[n + 1] = first[n] + parts[n].cell.size();
+    FaceList list;
+    list.faces = found;
+    list.cell.resize(first.back());
+    list.sides.resize(first.back());
+    tbb::parallel_for(std::size_t{0}, parts.size(), [&](std::size_t n) {
+        std::ranges::copy(parts[n].cell, list.cell.begin() + static_cast<std::ptrdiff_t>(first[n]));
+        std::ranges::copy(parts[n].sides, list.sides.begin() + static_cast<std::ptrdiff_t>(first[n]));
+        parts[n] = {};
+    });
+    return list;
 }
 
 } // namespace
@@ -430,157 +90,64 @@ Point3 drawing_origin(const GridModel& model)
     return origin;
 }
 
-FaceSet visible_faces(const GridModel& model, const ShownCells& shown)
+std::optional<FaceList> list_visible_faces(const GridModel& model, const ShownCells& shown, std::size_t most)
+{
+    return model.zcorn.visit([&](auto depths) { return scan(model, shown, std::span(depths), most); });
+}
+
+std::size_t guess_visible_faces(const GridModel& model, const ShownCells& shown)
+{
+    // A stride that shares no factor with the rows of a layer meets all of them in turn.
+    std::int64_t stride = sample;
+    while (std::gcd(stride, model.size[1]) != 1)
+        ++stride;
+    return model.zcorn.visit([&](auto depths) {
+        return scan(model, shown, std::span(depths), std::numeric_limits<std::size_t>::max(), stride)->faces *
+               static_cast<std::size_t>(stride);
+    });
+}
+
+FaceSet faces_of(const GridModel& model, const FaceList& list)
 {
     FaceSet faces;
     faces.origin = drawing_origin(model);
-    std::vector<Part> parts =
-        model.zcorn.visit([&](auto depths) { return scan(model, shown, std::span(depths), faces.origin); });
-    std::vector<std::size_t> first(parts.size() + 1, 0);
-    for (std::size_t n = 0; n < parts.size(); ++n)
-        first[n + 1] = first[n] + parts[n].cell.size();
+    const std::size_t tasks = (list.cell.size() + entries_per_task - 1) / entries_per_task;
+    std::vector<std::size_t> first(tasks + 1, 0);
+    for (std::size_t n = 0; n < list.sides.size(); ++n)
+        first[n / entries_per_task + 1] += static_cast<std::size_t>(std::popcount(list.sides[n]));
+    for (std::size_t task = 0; task < tasks; ++task)
+        first[task + 1] += first[task];
     faces.points.resize(12 * first.back());
     faces.cell.resize(first.back());
     faces.side.resize(first.back());
-    tbb::parallel_for(std::size_t{0}, parts.size(), [&](std::size_t n) {
-        Part& part = parts[n];
-        std::ranges::copy(part.points, faces.points.begin() + static_cast<std::ptrdiff_t>(12 * first[n]));
-        std::ranges::copy(part.cell, faces.cell.begin() + static_cast<std::ptrdiff_t>(first[n]));
-        std::ranges::copy(part.side, faces.side.begin() + static_cast<std::ptrdiff_t>(first[n]));
-        part = {};
+    const std::vector<PillarLine> pillars = pillar_lines(model);
+    const auto [ni, nj, nk] = model.size;
+    model.zcorn.visit([&, ni = ni, nj = nj](auto depths) {
+        using Depth = std::remove_const_t<typename decltype(depths)::value_type>;
+        const ShownCells all(model, CellFilter{.active_only = false});
+        const FaceScanner<Depth> scanner(model, all, depths, pillars);
+        tbb::parallel_for(std::size_t{0}, tasks, [&](std::size_t task) {
+            std::size_t face = first[task];
+            const std::size_t end = std::min((task + 1) * entries_per_task, list.cell.size());
+            for (std::size_t n = task * entries_per_task; n < end; ++n) {
+                const std::int64_t cell = list.cell[n];
+                scanner.write(cell % ni, cell / ni % nj, cell / (ni * nj), list.sides[n], faces.origin,
+                              faces.points.data() + 12 * face);
+                for (int side = 0; side < 6; ++side) {
+                    if (!(list.sides[n] >> side & 1))
+                        continue;
+                    faces.cell[face] = list.cell[n];
+                    faces.side[face++] = static_cast<std::uint8_t>(side);
+                }
+            }
+        });
     });
     return faces;
 }
 
-namespace {
-
-/// First and last K of the cells of each column that count; last < first where there is none.
-std::vector<IndexRange> column_ranges(const GridModel& model)
+FaceSet visible_faces(const GridModel& model, const ShownCells& shown)
 {
-    const std::int64_t columns = model.size[0] * model.size[1];
-    std::vector<IndexRange> ranges(static_cast<std::size_t>(columns), {0, -1});
-    constexpr std::int64_t columns_per_task = 256;
-    tbb::parallel_for(tbb::blocked_range<std::int64_t>(0, columns, columns_per_task),
-                      [&](const tbb::blocked_range<std::int64_t>& part) {
-                          for (std::int64_t k = 0; k < model.size[2]; ++k) {
-                              for (std::int64_t n = part.begin(); n != part.end(); ++n) {
-                                  if (!model.active[static_cast<std::size_t>(n + columns * k)])
-                                      continue;
-                                  IndexRange& range = ranges[static_cast<std::size_t>(n)];
-                                  if (range.last < range.first)
-                                      range.first = k;
-                                  range.last = k;
-                              }
-                          }
-                      });
-    if (std::ranges::all_of(ranges, [](const IndexRange& range) { return range.last < range.first; }))
-        std::ranges::fill(ranges, IndexRange{0, model.size[2] - 1});
-    return ranges;
-}
-
-void append_line(LineSet& lines, const Point3& a, const Point3& b)
-{
-    if (!is_finite(a) || !is_finite(b) || a == b)
-        return;
-    append(lines.points, a, lines.origin);
-    append(lines.points, b, lines.origin);
-}
-
-/// An outer side of a column: the two pillars at its ends, going counterclockwise round the column in I and J, and top
-/// and base there.
-struct OuterSide {
-    std::array<std::int64_t, 2> pillar;
-    std::array<Point3, 2> top, base;
-    int direction; ///< 0 along I, 1 along J
-};
-
-} // namespace
-
-LineSet grid_outline(const GridModel& model)
-{
-    LineSet lines;
-    lines.origin = drawing_origin(model);
-    const auto [ni, nj, nk] = model.size;
-    const std::vector<IndexRange> ranges = column_ranges(model);
-    const auto counts = [&](std::int64_t i, std::int64_t j) {
-        if (i < 0 || j < 0 || i >= ni || j >= nj)
-            return false;
-        const IndexRange& range = ranges[static_cast<std::size_t>(i + ni * j)];
-        return range.last >= range.first;
-    };
-    struct PillarUse {
-        int along_i = 0, along_j = 0;
-        Point3 top{}, base{};
-    };
-    std::map<std::int64_t, PillarUse> uses; // pillars on the boundary
-    const auto add_side = [&](const OuterSide& side) {
-        append_line(lines, side.top[0], side.top[1]);
-        append_line(lines, side.base[0], side.base[1]);
-        for (std::size_t end = 0; end < 2; ++end) {
-            const auto [place, is_new] = uses.try_emplace(side.pillar[end]);
-            PillarUse& use = place->second;
-            ++(side.direction == 0 ? use.along_i : use.along_j);
-            if (is_new) {
-                use.top = side.top[end];
-                use.base = side.base[end];
-                continue;
-            }
-            // Where the neighbour's corner lies elsewhere on the pillar the line goes on along the pillar.
-            append_line(lines, use.top, side.top[end]);
-            append_line(lines, use.base, side.base[end]);
-            if (side.top[end][2] < use.top[2])
-                use.top = side.top[end];
-            if (side.base[end][2] > use.base[2])
-                use.base = side.base[end];
-        }
-    };
-    for (std::int64_t j = 0; j < nj; ++j) {
-        for (std::int64_t i = 0; i < ni; ++i) {
-            if (!counts(i, j))
-                continue;
-            const std::array<bool, 4> outer{!counts(i - 1, j), !counts(i + 1, j), !counts(i, j - 1), !counts(i, j + 1)};
-            if (std::ranges::none_of(outer, std::identity{}))
-                continue;
-            const IndexRange& range = ranges[static_cast<std::size_t>(i + ni * j)];
-            const CellCorners top = cell_corners(model, i, j, range.first);
-            const CellCorners base = cell_corners(model, i, j, range.last);
-            const auto side = [&](std::size_t from, std::size_t to, int direction) {
-                const auto pillar = [&](std::size_t corner) {
-                    return i + static_cast<std::int64_t>(corner & 1) +
-                           (ni + 1) * (j + static_cast<std::int64_t>(corner >> 1));
-                };
-                add_side({{pillar(from), pillar(to)}, {top[from], top[to]}, {base[from + 4], base[to + 4]}, direction});
-            };
-            if (outer[0])
-                side(0, 2, 1);
-            if (outer[1])
-                side(1, 3, 1);
-            if (outer[2])
-                side(0, 1, 0);
-            if (outer[3])
-                side(2, 3, 0);
-        }
-    }
-    for (const auto& [pillar, use] : uses) {
-        if (use.along_i > 0 && use.along_j > 0)
-            append_line(lines, use.top, use.base);
-    }
-    return lines;
-}
-
-LineSet cell_edges(const GridModel& model, std::int64_t i, std::int64_t j, std::int64_t k)
-{
-    LineSet lines;
-    lines.origin = drawing_origin(model);
-    const CellCorners corners = cell_corners(model, i, j, k);
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        const std::size_t step = std::size_t{1} << axis;
-        for (std::size_t corner = 0; corner < 8; ++corner) {
-            if (!(corner & step))
-                append_line(lines, corners[corner], corners[corner + step]);
-        }
-    }
-    return lines;
+    return faces_of(model, list_visible_faces(model, shown).value());
 }
 
 } // namespace lodex
