@@ -1,4 +1,4 @@
-#include "HelpKey.h"
+#include <lodex/xtools/HelpKey.h>
 
 #include <Lodex/xtools/XMHelpManager.h>
 
@@ -10,12 +10,12 @@
 
 namespace lodex {
 
-void set_help_anchor(QWidget& window, const char* anchor)
+void set_help_page(QWidget& window, const char* path)
 {
     auto* shortcut = new QShortcut(QKeySequence(QKeySequence::HelpContents), &window);
     shortcut->setObjectName("helpKey");
     QObject::connect(shortcut, &QShortcut::activated, &window,
-                     [key = "help:user-doc/workbench.html#" + std::string(anchor)] {
+                     [key = "help:" + std::string(path)] {
                          Lodex::XMHelpManager::instance()->display(Lodex::CopyCString(key + ";winhelp:Lodex"));
                      });
 }

@@ -1,5 +1,6 @@
 #include <lodex/xtools/HelpWindow.h>
 
+#include <lodex/xtools/HelpBrowser.h>
 #include <lodex/xtools/HelpPages.h>
 
 #include <Lodex/qtools/LQPixmapLib.h>
@@ -40,7 +41,8 @@ QString style_sheet(const QPalette& palette)
     return QStringLiteral("h1 { font-size: x-large; } h2 { font-size: large; margin-top: 18px; } "
                           "table { border-collapse: collapse; } th { text-align: left; padding: 3px 8px 3px 0; } "
                           "td { padding: 3px 8px 3px 0; border-top: 1px solid %1; } "
-                          "a { color: %2; } code { font-family: monospace; }")
+                          "a { color: %2; } code { font-family: monospace; } "
+                          "pre { white-space: pre-wrap; margin-left: 12px; }")
         .arg(line, palette.color(QPalette::Link).name());
 }
 
@@ -48,7 +50,7 @@ QString style_sheet(const QPalette& palette)
 
 HelpWindow::HelpWindow(QWidget* parent)
     : QWidget(parent, Qt::Window), search_(new QLineEdit(this)), list_(new QListWidget(this)),
-      browser_(new QTextBrowser(this))
+      browser_(new HelpBrowser(this))
 {
     setObjectName(QStringLiteral("helpWindow"));
     setWindowTitle(tr("Help"));
