@@ -6,7 +6,8 @@ add_link_options(-Wl,--no-as-needed)
 
 target_compile_options(project_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
                        -Wno-missing-field-initializers # designated initializers leave the rest at its default on purpose
-                       $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>) # false alarms of GCC 12 on string concatenation
+                       # false alarms of GCC 12 on string concatenation
+                       $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict -Wno-stringop-overflow>)
 
 if(LODEX_SANITIZE)
   add_compile_options(-fsanitize=${LODEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
@@ -16,19 +17,34 @@ if(LODEX_SANITIZE)
   endif()
 endif()
 
-# project_library(NAME [QT] [LINK targets...] [PUBLIC_LINK targets...])
-# A shared library of all sources of the current folder and of its verbs/. A new source file is found by itself.
+# shipped_library(NAME)
+# A shared library that is installed. Releases of one minor version fit each other.
+function(shipped_library NAME)
+  set_target_properties(${NAME} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+  set_property(GLOBAL APPEND PROPERTY LODEX_LIBRARIES ${NAME})
+endfunction()
+
+# project_library(NAME [QT [OWN_HEADERS]] [LINK targets...] [PUBLIC_LINK targets...])
+# A shared library of all sources of the current folder and of its verbs/. A new source file is found by itself. OWN_HEADERS
+# is for definitions that change what the toolkit's headers say: their compiled form is then not shared.
 function(project_library NAME)
-  cmake_parse_arguments(ARG "QT" "" "LINK;PUBLIC_LINK" ${ARGN})
+  cmake_parse_arguments(ARG "QT;OWN_HEADERS" "" "LINK;PUBLIC_LINK" ${ARGN})
   file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h
        ${CMAKE_CURRENT_SOURCE_DIR}/verbs/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/verbs/*.h
        ${CMAKE_CURRENT_SOURCE_DIR}/*.qrc)
   add_library(${NAME} SHARED ${SOURCES})
   target_link_libraries(${NAME} PUBLIC host ${ARG_PUBLIC_LINK} PRIVATE project_warnings ${ARG_LINK})
+  shipped_library(${NAME})
   if(ARG_QT)
     set_target_properties(${NAME} PROPERTIES AUTOMOC ON AUTORCC ON)
     target_link_libraries(${NAME} PUBLIC Qt6::Widgets)
-    target_precompile_headers(${NAME} PRIVATE <QtWidgets/QtWidgets>)
+  endif()
+  if(ARG_OWN_HEADERS)
+    target_precompile_headers(${NAME} PRIVATE ${STANDARD_HEADERS} ${WIDGET_HEADERS})
+  elseif(ARG_QT)
+    target_precompile_headers(${NAME} REUSE_FROM widget_headers)
+  else()
+    target_precompile_headers(${NAME} REUSE_FROM plain_headers)
   endif()
 endfunction()
 
@@ -42,14 +58,13 @@ function(project_test NAME)
   file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
   add_executable(${NAME} ${SOURCES})
   target_link_libraries(${NAME} PRIVATE project_warnings test_support ${ARG_LINK})
-  # What is tested is optimised, the tests themselves need not be: they compile a third faster.
-  target_compile_options(${NAME} PRIVATE $<$<CONFIG:Release>:-O1>)
   if(ARG_QT)
     set_target_properties(${NAME} PROPERTIES AUTOMOC ON)
     target_link_libraries(${NAME} PRIVATE qt_test_main)
-    target_precompile_headers(${NAME} PRIVATE <QtWidgets/QtWidgets> <gtest/gtest.h>)
+    target_precompile_headers(${NAME} REUSE_FROM widget_test_headers)
   else()
     target_link_libraries(${NAME} PRIVATE GTest::gtest_main)
+    target_precompile_headers(${NAME} REUSE_FROM plain_test_headers)
   endif()
   set(PLATFORM offscreen)
   if(ARG_CAMERA)
@@ -75,7 +90,7 @@ function(module_part NAME)
   target_include_directories(${NAME} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${NAME} PUBLIC host Qt6::Widgets PRIVATE project_warnings)
   set_target_properties(${NAME} PROPERTIES AUTOMOC ON)
-  target_precompile_headers(${NAME} PRIVATE <QtWidgets/QtWidgets>)
+  target_precompile_headers(${NAME} REUSE_FROM widget_headers)
 endfunction()
 
 # careful_rounding(FILE...)

@@ -4,9 +4,9 @@ packages=(
     g++ cmake ninja-build ccache git
     qt6-base-dev qt6-svg-dev libqt6opengl6-dev libgl1-mesa-dev libgl1-mesa-dri
     libvtk9-dev
-    libtbb-dev libfmt-dev libeigen3-dev libcli11-dev nlohmann-json3-dev
+    libtbb-dev libhdf5-dev libdeflate-dev libfmt-dev libeigen3-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    qt6-tools-dev qt6-l10n-tools
+    qt6-tools-dev qt6-l10n-tools qt6-translations-l10n
     xvfb xauth fonts-dejavu-core
 )
 
