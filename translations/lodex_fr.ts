@@ -158,7 +158,7 @@
     </message>
     <message>
         <source>If any of the original cells is in a region, then the upscaled cell is in that region.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si une maille d&apos;origine est dans une région, la maille grossière l&apos;est aussi.</translation>
     </message>
     <message>
         <source>Percentage of fine cells</source>
@@ -166,7 +166,7 @@
     </message>
     <message>
         <source>If the user defined percentage of the fine cells is in a region, then the upscaled cell is in that region.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si le pourcentage indiqué des mailles fines est dans une région, la maille grossière l&apos;est aussi.</translation>
     </message>
     <message>
         <source>Most probable cell regions</source>
@@ -174,7 +174,7 @@
     </message>
     <message>
         <source>The upscaled cell is in the most probable region computed from the original cells. If more than one region have the same frequency, upscaled cell belongs to all these regions</source>
-        <translation type="unfinished"></translation>
+        <translation>La maille grossière est dans la région la plus probable d&apos;après les mailles d&apos;origine. Si plusieurs régions ont la même fréquence, elle appartient à toutes</translation>
     </message>
     <message>
         <source>Percentage of fine cell volume</source>
@@ -182,17 +182,19 @@
     </message>
     <message>
         <source>If the user defined percentage of the fine cell volume is in the region, then the upscaled cell is in that region.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si le pourcentage indiqué du volume des mailles fines est dans la région, la maille grossière l&apos;est aussi.</translation>
     </message>
     <message>
         <source>Pointer is nil: %1
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Pointeur nul : %1
+</translation>
     </message>
     <message>
         <source>Could not create the upgridding activity.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Impossible de créer l&apos;activité de mise à l&apos;échelle.
+</translation>
     </message>
 </context>
 <context>
@@ -235,62 +237,69 @@
     </message>
     <message>
         <source>number of flow units</source>
-        <translation type="unfinished"></translation>
+        <translation>nombre d&apos;unités</translation>
     </message>
     <message>
         <source>deviation from mean</source>
-        <translation type="unfinished"></translation>
+        <translation>écart à la moyenne</translation>
     </message>
     <message>
         <source>deviation from mean (%)</source>
-        <translation type="unfinished"></translation>
+        <translation>écart à la moyenne (%)</translation>
     </message>
     <message>
         <source>maximum difference (%)</source>
-        <translation type="unfinished"></translation>
+        <translation>différence maximale (%)</translation>
     </message>
     <message>
         <source>maximum threshold</source>
-        <translation type="unfinished"></translation>
+        <translation>seuil maximal</translation>
     </message>
     <message>
         <source>minimum threshold</source>
-        <translation type="unfinished"></translation>
+        <translation>seuil minimal</translation>
     </message>
     <message>
         <source>Calculate flow units from::
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Calculer les unités d&apos;écoulement d&apos;après :
+</translation>
     </message>
     <message>
         <source>Number of flow units: Group layers with the closest means to create n flow units.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Nombre d&apos;unités d&apos;écoulement : regrouper les couches aux moyennes les plus proches en n unités d&apos;écoulement.
+</translation>
     </message>
     <message>
         <source>Deviation from mean: Group layers with deviations from mean below n.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Écart à la moyenne : regrouper les couches dont l&apos;écart à la moyenne est inférieur à n.
+</translation>
     </message>
     <message>
         <source>Deviation from mean (%): Group layers with deviations from mean below n%.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Écart à la moyenne (%) : regrouper les couches dont l&apos;écart à la moyenne est inférieur à n %.
+</translation>
     </message>
     <message>
         <source>Maximum difference (%): Group layers with differences below n%.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Différence maximale (%) : regrouper les couches dont les différences sont inférieures à n %.
+</translation>
     </message>
     <message>
         <source>Maximum threshold: Group layers with layer means below n.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Seuil maximal : regrouper les couches dont la moyenne est inférieure à n.
+</translation>
     </message>
     <message>
         <source>Minimum threshold: Group layers with layer means above n.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Seuil minimal : regrouper les couches dont la moyenne est supérieure à n.
+</translation>
     </message>
     <message>
         <source>Create flow units</source>
@@ -396,11 +405,12 @@
     <message>
         <source>Specify at least one property to analyze, and then update the table with the calculated values for each layer.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Indiquez au moins une propriété à analyser, puis mettez à jour le tableau avec les valeurs calculées de chaque couche.
+</translation>
     </message>
     <message>
         <source>You can then create flow units and insert or merge layers.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vous pouvez ensuite créer des unités d&apos;écoulement et insérer ou fusionner des couches.</translation>
     </message>
     <message>
         <source>Update</source>
@@ -445,45 +455,52 @@
     <message>
         <source>Table Statistics:
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Statistiques du tableau :
+</translation>
     </message>
     <message>
         <source>Flow Unit: A group of n layers with the same fluid-flow feature (generally smaller than a stratigraphic unit).
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Unité d&apos;écoulement : groupe de n couches de même comportement d&apos;écoulement (en général plus petit qu&apos;une unité stratigraphique).
+</translation>
     </message>
     <message>
         <source>Layer Mean: The mean (average) of the property values in one layer.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Moyenne de couche : moyenne des valeurs de la propriété dans une couche.
+</translation>
     </message>
     <message>
         <source>Flow-Unit Mean: The mean (average) of the property values in one flow unit.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Moyenne d&apos;unité : moyenne des valeurs de la propriété dans une unité d&apos;écoulement.
+</translation>
     </message>
     <message>
         <source>% Difference: The difference between the Layer Mean and the Flow-Unit Mean: ([Layer Mean - Flow-Unit Mean]/Flow Unit Mean) %.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>% Différence : différence entre la moyenne de couche et celle de l&apos;unité : ([moyenne de couche - moyenne d&apos;unité]/moyenne d&apos;unité) %.
+</translation>
     </message>
     <message>
         <source>Heterogeneity: The Dykstra-Parsons coefficient for one layer: VDP=(P50-P84.1)/P50 where P84.1=k is such that Prob(K&lt;k)=.841 and P50 is the median.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Hétérogénéité : coefficient de Dykstra-Parsons d&apos;une couche : VDP=(P50-P84.1)/P50, où P84.1=k est tel que Prob(K&lt;k)=.841 et P50 est la médiane.
+</translation>
     </message>
     <message>
         <source>Stratigraphic Unit: A group of n layers representing the same geologic feature (generally larger than a flow unit).
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Unité stratigraphique : groupe de n couches d&apos;un même objet géologique (en général plus grand qu&apos;une unité d&apos;écoulement).
+</translation>
     </message>
     <message>
         <source>Layer Mean</source>
-        <translation>Moyenne de couche</translation>
+        <translation>Moy. couche</translation>
     </message>
     <message>
         <source>Flow Unit Mean</source>
-        <translation>Moyenne d&apos;unité</translation>
+        <translation>Moy. unité</translation>
     </message>
     <message>
         <source>% Difference</source>
@@ -495,7 +512,7 @@
     </message>
     <message>
         <source>Flow Unit</source>
-        <translation>Unité d&apos;écoulement</translation>
+        <translation>Unité</translation>
     </message>
     <message>
         <source>Stratigraphic Unit</source>
@@ -528,7 +545,8 @@
     <message>
         <source>There are not enough sections to merge: Same or less number of flow units as stratigraphic units 
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Il n&apos;y a pas assez de sections à fusionner : autant ou moins d&apos;unités d&apos;écoulement que d&apos;unités stratigraphiques 
+</translation>
     </message>
     <message>
         <source>Checking Flow Units...</source>
@@ -537,7 +555,8 @@
     <message>
         <source>You are merging sections belonging to two or more stratigraphic units.  Flow Unit %1: layer %2-&gt; layer %3 overlap stratigraphic units %4 and %5.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Vous fusionnez des sections de plusieurs unités stratigraphiques.  Unité d&apos;écoulement %1 : les couches %2 à %3 chevauchent les unités stratigraphiques %4 et %5.
+</translation>
     </message>
     <message>
         <source>Creating command...</source>
@@ -556,7 +575,8 @@
     <message>
         <source>The grid does not have stratigraphic units, you should use the SGrid command Modify Layering (Edit menu) to add them.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>La grille n&apos;a pas d&apos;unités stratigraphiques ; ajoutez-les par la commande SGrid Modify Layering (menu Edit).
+</translation>
     </message>
     <message>
         <source>The grid does not have stratigraphic units, do you want to add them?</source>
@@ -569,47 +589,53 @@
     <message>
         <source>Do you want to reset the flow unit definitions before proceeding?
  Otherwise, the calculation will start from the current flow units.</source>
-        <translation type="unfinished"></translation>
+        <translation>Voulez-vous réinitialiser les unités d&apos;écoulement avant de continuer ?
+ Sinon, le calcul part des unités d&apos;écoulement actuelles.</translation>
     </message>
     <message>
         <source>Specify a number that is less than the current number of units.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Indiquez un nombre inférieur au nombre actuel d&apos;unités.
+</translation>
     </message>
     <message>
         <source>Cannot evaluate the number of units value. Please specify an integer.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Le nombre d&apos;unités est illisible. Indiquez un entier.
+</translation>
     </message>
     <message>
         <source>Cannot evaluate the threshold value.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>La valeur du seuil est illisible.
+</translation>
     </message>
 </context>
 <context>
     <name>Kelvane::LQSGAxisEditorMngr</name>
     <message>
         <source>Axis I</source>
-        <translation type="unfinished"></translation>
+        <translation>Axe I</translation>
     </message>
     <message>
         <source>Axis J</source>
-        <translation type="unfinished"></translation>
+        <translation>Axe J</translation>
     </message>
     <message>
         <source>Axis K</source>
-        <translation type="unfinished"></translation>
+        <translation>Axe K</translation>
     </message>
     <message>
         <source>Internal error: could not determined axis...
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Erreur interne : axe indéterminé...
+</translation>
     </message>
     <message>
         <source>Please report the problem
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Merci de signaler le problème
+</translation>
     </message>
 </context>
 <context>
@@ -630,12 +656,13 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Regions will be copied to the new Grid. However model regions, faultblocks and layers are always preserved.</source>
-        <translation type="unfinished"></translation>
+        <translation>Les régions sont copiées vers la nouvelle grille. Les régions du modèle, les blocs de failles et les couches sont toujours conservés.</translation>
     </message>
     <message>
         <source>Could not create Downgridding activity
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Impossible de créer l&apos;activité d&apos;affinage
+</translation>
     </message>
 </context>
 <context>
@@ -643,17 +670,20 @@ en subdivisant les mailles d&apos;une grille</translation>
     <message>
         <source>Section Editor intersection: Read message &amp; please check your data
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Sections qui se recoupent : lisez le message et vérifiez vos données
+</translation>
     </message>
     <message>
         <source>Section Editor %1 from %2 to %3 intersects Section Editor %4 from %5 to %6
 </source>
-        <translation type="unfinished"></translation>
+        <translation>La section %1 de %2 à %3 recoupe la section %4 de %5 à %6
+</translation>
     </message>
     <message>
         <source>Direction %1. Section Editor %2 from %3 to %4 intersects Section Editor %5 from %6 to %7
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Direction %1. La section %2 de %3 à %4 recoupe la section %5 de %6 à %7
+</translation>
     </message>
 </context>
 <context>
@@ -669,23 +699,25 @@ en subdivisant les mailles d&apos;une grille</translation>
     <message>
         <source>Section Editor Overlaps a Stratigraphic Unit: Read message &amp; please check your data
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Une section chevauche une unité stratigraphique : lisez le message et vérifiez vos données
+</translation>
     </message>
     <message>
         <source>Section Editor %1 overlaps stratigraphic unit %2 and %3
 </source>
-        <translation type="unfinished"></translation>
+        <translation>La section %1 chevauche les unités stratigraphiques %2 et %3
+</translation>
     </message>
 </context>
 <context>
     <name>Kelvane::LQSGMergeAxisFullEditorMngr</name>
     <message>
         <source>Enabled/Disabled %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Activer ou désactiver %1</translation>
     </message>
     <message>
         <source>Enabled/Disabled %1 as merged axis</source>
-        <translation type="unfinished"></translation>
+        <translation>Activer ou désactiver %1 comme axe fusionné</translation>
     </message>
     <message>
         <source>Sections to be merged</source>
@@ -791,19 +823,19 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Please enter strictly positive interger for the sampling</source>
-        <translation type="unfinished"></translation>
+        <translation>Indiquez un entier strictement positif pour l&apos;échantillonnage</translation>
     </message>
     <message>
         <source>Please enter strictly positive value for treatment of 0</source>
-        <translation type="unfinished"></translation>
+        <translation>Indiquez une valeur strictement positive pour le traitement de 0</translation>
     </message>
     <message>
         <source>Please enter strictly positive value for treatment of negative values</source>
-        <translation type="unfinished"></translation>
+        <translation>Indiquez une valeur strictement positive pour le traitement des valeurs négatives</translation>
     </message>
     <message>
         <source>Please enter strictly positive value for treatment of NDV</source>
-        <translation type="unfinished"></translation>
+        <translation>Indiquez une valeur strictement positive pour le traitement des valeurs absentes</translation>
     </message>
     <message>
         <source>&lt;b&gt;Fine grid:&lt;/b&gt; %1&lt;br&gt;</source>
@@ -823,27 +855,27 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Fine grid property:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Propriété de la grille fine :&lt;/b&gt; </translation>
     </message>
     <message>
         <source> &lt;b&gt;Fine grid property:&lt;/b&gt; %1&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Propriété de la grille fine :&lt;/b&gt; %1&lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Fine grid property:&lt;/b&gt;&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Propriété de la grille fine :&lt;/b&gt;&lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Coarse grid property:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Propriété de la grille grossière :&lt;/b&gt; </translation>
     </message>
     <message>
         <source> &lt;b&gt;Coarse grid property:&lt;/b&gt; %1&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Propriété de la grille grossière :&lt;/b&gt; %1&lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Mapper:&lt;/b&gt; %1&lt;br&gt;</source>
@@ -851,63 +883,63 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source> &lt;b&gt; Take faults into account:&lt;/b&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt; Prendre en compte les failles :&lt;/b&gt;</translation>
     </message>
     <message>
         <source>On &lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>Oui &lt;br&gt;</translation>
     </message>
     <message>
         <source>Off &lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>Non &lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Adaptive sampling:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Échantillonnage adaptatif :&lt;/b&gt; </translation>
     </message>
     <message>
         <source>On</source>
-        <translation type="unfinished"></translation>
+        <translation>Oui</translation>
     </message>
     <message>
         <source>Off</source>
-        <translation type="unfinished"></translation>
+        <translation>Non</translation>
     </message>
     <message>
         <source> I:%1  J:%2 K:%3 &lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> I:%1  J:%2 K:%3 &lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Boundary Conditions:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Conditions aux limites :&lt;/b&gt; </translation>
     </message>
     <message>
         <source>Unconfined</source>
-        <translation type="unfinished"></translation>
+        <translation>Non confiné</translation>
     </message>
     <message>
         <source>K-Confined</source>
-        <translation type="unfinished"></translation>
+        <translation>Confiné en K</translation>
     </message>
     <message>
         <source>Confined</source>
-        <translation type="unfinished"></translation>
+        <translation>Confiné</translation>
     </message>
     <message>
         <source> &lt;b&gt;Solver method:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Méthode de résolution :&lt;/b&gt; </translation>
     </message>
     <message>
         <source>Exact</source>
-        <translation type="unfinished"></translation>
+        <translation>Exacte</translation>
     </message>
     <message>
         <source>Approximate</source>
-        <translation type="unfinished"></translation>
+        <translation>Approchée</translation>
     </message>
     <message>
         <source> &lt;b&gt;Property type:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Type de propriété :&lt;/b&gt; </translation>
     </message>
     <message>
         <source> &lt;b&gt;Method:&lt;/b&gt; </source>
@@ -915,65 +947,67 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source> &lt;b&gt;Weight by cell volume:&lt;/b&gt; On &lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Pondération par le volume des mailles :&lt;/b&gt; Oui &lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Weight by product of properties:&lt;/b&gt; %1&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Pondération par un produit de propriétés :&lt;/b&gt; %1&lt;br&gt;</translation>
     </message>
     <message>
         <source>Off&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>Non&lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Pre-processing Options:&lt;/b&gt; &lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Options de prétraitement :&lt;/b&gt; &lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Set 0 to:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Mettre 0 à :&lt;/b&gt; </translation>
     </message>
     <message>
         <source> &lt;b&gt;Set negative values to:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Mettre les valeurs négatives à :&lt;/b&gt; </translation>
     </message>
     <message>
         <source> &lt;b&gt;Set no-data values to:&lt;/b&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Mettre les valeurs absentes à :&lt;/b&gt; </translation>
     </message>
     <message>
         <source> &lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;br&gt;</translation>
     </message>
     <message>
         <source> &lt;b&gt;Post-processing Options:&lt;/b&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> &lt;b&gt;Options de post-traitement :&lt;/b&gt;</translation>
     </message>
     <message>
         <source> Create regions&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> Créer des régions&lt;br&gt;</translation>
     </message>
     <message>
         <source> Off&lt;br&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation> Non&lt;br&gt;</translation>
     </message>
     <message>
         <source>&lt;b&gt;&lt;font color=&quot;#ff0000&quot;&gt; </source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;b&gt;&lt;font color=&quot;#ff0000&quot;&gt; </translation>
     </message>
     <message>
         <source>&lt;/font&gt;&lt;/b&gt;</source>
-        <translation type="unfinished"></translation>
+        <translation>&lt;/font&gt;&lt;/b&gt;</translation>
     </message>
     <message>
         <source>Pointer is nil: %1
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Pointeur nul : %1
+</translation>
     </message>
     <message>
         <source>No method associated to the property class
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Aucune méthode associée à cette classe de propriété
+</translation>
     </message>
     <message>
         <source>OK</source>
@@ -996,7 +1030,10 @@ en subdivisant les mailles d&apos;une grille</translation>
 -static e.g. porosity
 -dynamic e.g. permeability
 -discrete e.g. facies</source>
-        <translation type="unfinished"></translation>
+        <translation>Choisissez le type de propriété à mettre à l&apos;échelle :
+- statique, par exemple la porosité
+- dynamique, par exemple la perméabilité
+- discrète, par exemple le faciès</translation>
     </message>
     <message>
         <source>Property Type</source>
@@ -1032,7 +1069,7 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>The contribution of each cell will be weighted by product of properties of the cell</source>
-        <translation type="unfinished"></translation>
+        <translation>La contribution de chaque maille est pondérée par un produit de ses propriétés</translation>
     </message>
     <message>
         <source>Choose the property you want to use for weight</source>
@@ -1052,7 +1089,7 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>The sampling will be automatically determined and will not exceed the amount specified below.</source>
-        <translation type="unfinished"></translation>
+        <translation>L&apos;échantillonnage est choisi automatiquement, sans dépasser les nombres ci-dessous.</translation>
     </message>
     <message>
         <source>Fixed</source>
@@ -1068,7 +1105,7 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Number of subdivisions of one coarse cell in I direction.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nombre de subdivisions d&apos;une maille grossière en direction I.</translation>
     </message>
     <message>
         <source> along J:</source>
@@ -1076,7 +1113,7 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Number of subdivisions of one coarse cell in J direction.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nombre de subdivisions d&apos;une maille grossière en direction J.</translation>
     </message>
     <message>
         <source> along K:</source>
@@ -1084,7 +1121,7 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Number of subdivisions of one coarse cell in K direction.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nombre de subdivisions d&apos;une maille grossière en direction K.</translation>
     </message>
     <message>
         <source>Boundary Conditions</source>
@@ -1092,15 +1129,15 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Confined mode will output a diagonal tensor (II, JJ, KK)</source>
-        <translation type="unfinished"></translation>
+        <translation>Le mode confiné donne un tenseur diagonal (II, JJ, KK)</translation>
     </message>
     <message>
         <source>K-Confined mode will output in addition IJ term. The tensor is symmetric (II, IJ, JJ, KK)</source>
-        <translation type="unfinished"></translation>
+        <translation>Le mode confiné en K donne en plus le terme IJ. Le tenseur est symétrique (II, IJ, JJ, KK)</translation>
     </message>
     <message>
         <source>Unconfined mode will output a symmetric tensor (II, IJ, IK, JJ, JK ,KK)</source>
-        <translation type="unfinished"></translation>
+        <translation>Le mode non confiné donne un tenseur symétrique (II, IJ, IK, JJ, JK, KK)</translation>
     </message>
     <message>
         <source>Method</source>
@@ -1108,19 +1145,19 @@ en subdivisant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Fast/Approximated</source>
-        <translation type="unfinished"></translation>
+        <translation>Rapide/approchée</translation>
     </message>
     <message>
         <source>Solve the pressure field with a Conjugate Gradient method: fast but approximated.</source>
-        <translation type="unfinished"></translation>
+        <translation>Résout le champ de pression par gradient conjugué : rapide mais approché.</translation>
     </message>
     <message>
         <source>Slow/Exact</source>
-        <translation type="unfinished"></translation>
+        <translation>Lente/exacte</translation>
     </message>
     <message>
         <source>Solve the pressue fiels with a Direct Method: slow but accurated.</source>
-        <translation type="unfinished"></translation>
+        <translation>Résout le champ de pression par une méthode directe : lent mais exact.</translation>
     </message>
     <message>
         <source>SGrid Upscale Property</source>
@@ -1185,7 +1222,8 @@ en subdivisant les mailles d&apos;une grille</translation>
     <message>
         <source>Toggle to restrict the computation
  on some regions of the grid only</source>
-        <translation type="unfinished"></translation>
+        <translation>Cocher pour limiter le calcul
+ à certaines régions de la grille</translation>
     </message>
     <message>
         <source>Name regions where computation is performed</source>
@@ -1204,7 +1242,18 @@ en subdivisant les mailles d&apos;une grille</translation>
      Both grids need meta model information.
 -&gt; k-constrained geometric: geometric mapping with a filter on K.
      As geometric, and only cells of the right layer are kept.</source>
-        <translation type="unfinished"></translation>
+        <translation>Choisissez comment associer les mailles de la grille fine et de la grille grossière.
+-&gt; geometric : d&apos;après la position XYZ des mailles.
+     Pour chaque maille grossière, on cherche les mailles fines dont le centre est dedans.
+     Les couches ne comptent pas.
+-&gt; parametric : d&apos;après l&apos;indice IJK des mailles.
+     I,J,K correspond à I,J,K.
+     Les deux grilles ont le même maillage horizontal et les informations du méta-modèle.
+-&gt; stratigraphic : d&apos;après l&apos;indice XYK des mailles.
+     Les colonnes sont choisies par XY, et l&apos;on garde en K les mailles de la bonne couche.
+     Les deux grilles ont les informations du méta-modèle.
+-&gt; k-constrained geometric : géométrique, avec un filtre en K.
+     Comme geometric, et seules les mailles de la bonne couche sont gardées.</translation>
     </message>
     <message>
         <source>Mapper</source>
@@ -1217,7 +1266,8 @@ en subdivisant les mailles d&apos;une grille</translation>
     <message>
         <source>Check precisely around the faults. If the grids geometries are too 
 different, this flag is set automatically to off.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vérifier avec précision autour des failles. Si les géométries des grilles sont trop 
+différentes, cette option est désactivée automatiquement.</translation>
     </message>
     <message>
         <source>Fine SGrid Property</source>
@@ -1229,7 +1279,7 @@ different, this flag is set automatically to off.</source>
     </message>
     <message>
         <source> I</source>
-        <translation type="unfinished"></translation>
+        <translation> I</translation>
     </message>
     <message>
         <source>Choose the property you want to upscale along I.</source>
@@ -1237,7 +1287,7 @@ different, this flag is set automatically to off.</source>
     </message>
     <message>
         <source> J</source>
-        <translation type="unfinished"></translation>
+        <translation> J</translation>
     </message>
     <message>
         <source>Choose the property you want to upscale along J.</source>
@@ -1245,7 +1295,7 @@ different, this flag is set automatically to off.</source>
     </message>
     <message>
         <source> K</source>
-        <translation type="unfinished"></translation>
+        <translation> K</translation>
     </message>
     <message>
         <source>Choose the property you want to upscale along K.</source>
@@ -1265,15 +1315,15 @@ different, this flag is set automatically to off.</source>
     </message>
     <message>
         <source>Choose the upscaled property name along I.</source>
-        <translation type="unfinished"></translation>
+        <translation>Choisissez le nom de la propriété mise à l&apos;échelle selon I.</translation>
     </message>
     <message>
         <source>Choose the upscaled property name along J.</source>
-        <translation type="unfinished"></translation>
+        <translation>Choisissez le nom de la propriété mise à l&apos;échelle selon J.</translation>
     </message>
     <message>
         <source>Choose the upscaled property name along K.</source>
-        <translation type="unfinished"></translation>
+        <translation>Choisissez le nom de la propriété mise à l&apos;échelle selon K.</translation>
     </message>
     <message>
         <source>Coarse SGrid Property along:</source>
@@ -1291,7 +1341,9 @@ different, this flag is set automatically to off.</source>
         <source>0 Values will be treated as the value specified (if the method allows it), otherwise:
 -it will be ignored for static property
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Les valeurs 0 prennent la valeur indiquée (si la méthode le permet), sinon :
+- elles sont ignorées pour une propriété statique
+</translation>
     </message>
     <message>
         <source>Set negative values to </source>
@@ -1304,7 +1356,8 @@ different, this flag is set automatically to off.</source>
     <message>
         <source>0 and negative Values will be treated as the value specified (if the method allows it), otherwise:
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Les valeurs 0 et négatives prennent la valeur indiquée (si la méthode le permet), sinon :
+</translation>
     </message>
     <message>
         <source>Set no-data values to </source>
@@ -1317,7 +1370,8 @@ different, this flag is set automatically to off.</source>
     <message>
         <source>No Data Value will be treated as the value specified (if the method allows it), otherwise:
 -it will be filled with mean of cells around for dynamic property</source>
-        <translation type="unfinished"></translation>
+        <translation>Les valeurs absentes prennent la valeur indiquée (si la méthode le permet), sinon :
+- elles sont remplies par la moyenne des mailles voisines pour une propriété dynamique</translation>
     </message>
     <message>
         <source>Create region containing problematic cells</source>
@@ -1326,7 +1380,8 @@ different, this flag is set automatically to off.</source>
     <message>
         <source>If there is some cells requiring some backup computation, or
 for which the value cannot be computed, create a region and add them to it.</source>
-        <translation type="unfinished"></translation>
+        <translation>S&apos;il y a des mailles qui demandent un calcul de secours, ou
+dont la valeur ne peut pas être calculée, créer une région qui les contient.</translation>
     </message>
 </context>
 <context>
@@ -1382,7 +1437,8 @@ for which the value cannot be computed, create a region and add them to it.</sou
     <message>
         <source>Pointer is nil: %1
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Pointeur nul : %1
+</translation>
     </message>
     <message>
         <source>Please provide a new sgrid name
@@ -1417,7 +1473,7 @@ for which the value cannot be computed, create a region and add them to it.</sou
     </message>
     <message>
         <source> N </source>
-        <translation type="unfinished"></translation>
+        <translation> N </translation>
     </message>
     <message>
         <source>add a new section editor after this line</source>
@@ -1425,7 +1481,7 @@ for which the value cannot be computed, create a region and add them to it.</sou
     </message>
     <message>
         <source> D </source>
-        <translation type="unfinished"></translation>
+        <translation> S </translation>
     </message>
     <message>
         <source>delete current section editor</source>
@@ -1505,31 +1561,31 @@ for which the value cannot be computed, create a region and add them to it.</sou
     </message>
     <message>
         <source>Proportional</source>
-        <translation type="unfinished"></translation>
+        <translation>Proportionnel</translation>
     </message>
     <message>
         <source>Parallel to I-</source>
-        <translation type="unfinished"></translation>
+        <translation>Parallèle à I-</translation>
     </message>
     <message>
         <source>Parallel to I+</source>
-        <translation type="unfinished"></translation>
+        <translation>Parallèle à I+</translation>
     </message>
     <message>
         <source>Parallel to J-</source>
-        <translation type="unfinished"></translation>
+        <translation>Parallèle à J-</translation>
     </message>
     <message>
         <source>Parallel to J+</source>
-        <translation type="unfinished"></translation>
+        <translation>Parallèle à J+</translation>
     </message>
     <message>
         <source>Parallel to Base</source>
-        <translation type="unfinished"></translation>
+        <translation>Parallèle à la base</translation>
     </message>
     <message>
         <source>Parallel to Top</source>
-        <translation type="unfinished"></translation>
+        <translation>Parallèle au toit</translation>
     </message>
 </context>
 <context>
@@ -1547,11 +1603,11 @@ for which the value cannot be computed, create a region and add them to it.</sou
     <name>Kelvane::LQSGSubdivideAxisFullEditorMngr</name>
     <message>
         <source>Enabled/Disabled</source>
-        <translation type="unfinished"></translation>
+        <translation>Activer ou désactiver </translation>
     </message>
     <message>
         <source> as subdivided axis</source>
-        <translation type="unfinished"></translation>
+        <translation> comme axe subdivisé</translation>
     </message>
     <message>
         <source>Sections to be subdivided</source>
@@ -1571,7 +1627,7 @@ for which the value cannot be computed, create a region and add them to it.</sou
     </message>
     <message>
         <source>Pattern</source>
-        <translation type="unfinished"></translation>
+        <translation>Motif</translation>
     </message>
     <message>
         <source>Stratigraphy</source>
@@ -1587,27 +1643,27 @@ for which the value cannot be computed, create a region and add them to it.</sou
     </message>
     <message>
         <source>New cell thickness value is given as isochore</source>
-        <translation type="unfinished"></translation>
+        <translation>La nouvelle épaisseur de maille est donnée en isochore</translation>
     </message>
     <message>
         <source>If on, the cell thickness will be computed in reference to Z, else along fiber.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si coché, l&apos;épaisseur des mailles est calculée selon Z, sinon le long de la fibre.</translation>
     </message>
     <message>
         <source>New cell width value is given as percent of the original cell width</source>
-        <translation type="unfinished"></translation>
+        <translation>La nouvelle largeur de maille est donnée en pourcentage de la largeur d&apos;origine</translation>
     </message>
     <message>
         <source>If on, the entered width represents percents of the original cell width.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si coché, la largeur saisie est un pourcentage de la largeur d&apos;origine.</translation>
     </message>
     <message>
         <source>New cell thickness value is given as percent of the original cell thickness</source>
-        <translation type="unfinished"></translation>
+        <translation>La nouvelle épaisseur de maille est donnée en pourcentage de l&apos;épaisseur d&apos;origine</translation>
     </message>
     <message>
         <source>If on, the entered thickness represents percents of the original cell thickness.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si coché, l&apos;épaisseur saisie est un pourcentage de l&apos;épaisseur d&apos;origine.</translation>
     </message>
 </context>
 <context>
@@ -1628,12 +1684,13 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>Regions will be copied to the new Grid. However model regions and layers are always preserved.</source>
-        <translation type="unfinished"></translation>
+        <translation>Les régions sont copiées vers la nouvelle grille. Les régions du modèle et les couches sont toujours conservées.</translation>
     </message>
     <message>
         <source>Could not create Upgridding activity
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Impossible de créer l&apos;activité de mise à l&apos;échelle
+</translation>
     </message>
 </context>
 <context>
@@ -1648,19 +1705,19 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>toggle on if you want to use the stratigraphic model information for rebuilding the grid</source>
-        <translation type="unfinished"></translation>
+        <translation>cocher pour reconstruire la grille avec les informations du modèle stratigraphique</translation>
     </message>
     <message>
         <source>I</source>
-        <translation type="unfinished"></translation>
+        <translation>I</translation>
     </message>
     <message>
         <source>J</source>
-        <translation type="unfinished"></translation>
+        <translation>J</translation>
     </message>
     <message>
         <source>K</source>
-        <translation type="unfinished"></translation>
+        <translation>K</translation>
     </message>
     <message>
         <source>Total</source>
@@ -1688,7 +1745,7 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>toggle on if you want to create fault block regions</source>
-        <translation type="unfinished"></translation>
+        <translation>cocher pour créer des régions de blocs de failles</translation>
     </message>
     <message>
         <source>Creating SGrid %1</source>
@@ -1710,22 +1767,26 @@ en fusionnant les mailles d&apos;une grille</translation>
     <message>
         <source>Could not get the graphic object. Please pick another point.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Objet graphique introuvable. Choisissez un autre point.
+</translation>
     </message>
     <message>
         <source>Could not retrieve Point coordinate. Please pick another point.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Coordonnées du point introuvables. Choisissez un autre point.
+</translation>
     </message>
     <message>
         <source>Could not retrieve Grid coordinate. Please pick another point.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Coordonnées dans la grille introuvables. Choisissez un autre point.
+</translation>
     </message>
     <message>
         <source>SGrid: %1 Selected Cell Section: %2 %3 %4
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Grille : %1 Section de mailles choisie : %2 %3 %4
+</translation>
     </message>
 </context>
 <context>
@@ -1736,7 +1797,7 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>If any of the original cells is in a region, then the upscaled cell is in that region.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si une maille d&apos;origine est dans une région, la maille grossière l&apos;est aussi.</translation>
     </message>
     <message>
         <source>from original cell number percentile</source>
@@ -1744,7 +1805,7 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>If the user defined percentile of the original cells is in a region, then the upscaled cell is in that region.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si le pourcentage indiqué des mailles d&apos;origine est dans une région, la maille grossière l&apos;est aussi.</translation>
     </message>
     <message>
         <source>from original cell volume percentile</source>
@@ -1752,7 +1813,7 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>If the user defined percentile of the original cell volume is in the region, then the upscaled cell is in that region.</source>
-        <translation type="unfinished"></translation>
+        <translation>Si le pourcentage indiqué du volume des mailles d&apos;origine est dans la région, la maille grossière l&apos;est aussi.</translation>
     </message>
     <message>
         <source>from most probable cell region</source>
@@ -1760,15 +1821,30 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>The upscaled cell is in the most probable region computed from the original cells. If more than one region have the same frequency, upscaled cell belongs to all these regions</source>
-        <translation type="unfinished"></translation>
+        <translation>La maille grossière est dans la région la plus probable d&apos;après les mailles d&apos;origine. Si plusieurs régions ont la même fréquence, elle appartient à toutes</translation>
     </message>
 </context>
 <context>
-    <name>Lodex::Format</name>
+    <name>Messages</name>
     <message>
         <source>There is no help page for &quot;%1&quot;.
 </source>
-        <translation type="unfinished"></translation>
+        <translation>Il n&apos;y a pas de page d&apos;aide pour « %1 ».
+</translation>
+    </message>
+    <message>
+        <source>Computing flow unit statistics...</source>
+        <translation>Calcul des statistiques des unités d&apos;écoulement...</translation>
+    </message>
+    <message>
+        <source>Flow unit statistics: %1
+</source>
+        <translation>Statistiques des unités d&apos;écoulement : %1
+</translation>
+    </message>
+    <message>
+        <source>Creating flow units...</source>
+        <translation>Création des unités d&apos;écoulement...</translation>
     </message>
 </context>
 <context>
@@ -1798,6 +1874,17 @@ en fusionnant les mailles d&apos;une grille</translation>
     <message>
         <source>Help</source>
         <translation>Aide</translation>
+    </message>
+</context>
+<context>
+    <name>lodex::Autosave</name>
+    <message>
+        <source>the folder %1 cannot be written to</source>
+        <translation>impossible d&apos;écrire dans le dossier %1</translation>
+    </message>
+    <message>
+        <source>No copy for recovery can be kept: %1</source>
+        <translation>Impossible de garder une copie de récupération : %1</translation>
     </message>
 </context>
 <context>
@@ -1949,10 +2036,6 @@ en fusionnant les mailles d&apos;une grille</translation>
         <translation>Hors de l&apos;intervalle :</translation>
     </message>
     <message>
-        <source>This property holds codes. Each code has a colour of its own, so that range, scale and map do not count.</source>
-        <translation>Cette propriété contient des codes. Chaque code a sa couleur : intervalle, échelle et palette ne comptent pas.</translation>
-    </message>
-    <message>
         <source>Shows the cells so and closes the window</source>
         <translation>Montre les mailles ainsi et ferme la fenêtre</translation>
     </message>
@@ -1979,6 +2062,26 @@ en fusionnant les mailles d&apos;une grille</translation>
     <message>
         <source>A logarithmic scale needs a range above zero.</source>
         <translation>Une échelle logarithmique demande un intervalle au-dessus de zéro.</translation>
+    </message>
+    <message>
+        <source>The first colours of all codes</source>
+        <translation>Les couleurs d&apos;origine de tous les codes</translation>
+    </message>
+    <message>
+        <source>The codes and their colours; a double click changes the colour</source>
+        <translation>Les codes et leurs couleurs ; un double clic change la couleur</translation>
+    </message>
+    <message>
+        <source>&amp;Change Colour...</source>
+        <translation>&amp;Changer la couleur...</translation>
+    </message>
+    <message>
+        <source>Chooses the colour of the selected code</source>
+        <translation>Choisit la couleur du code sélectionné</translation>
+    </message>
+    <message>
+        <source>Colour of %1</source>
+        <translation>Couleur de %1</translation>
     </message>
 </context>
 <context>
@@ -2113,15 +2216,15 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>P10</source>
-        <translation type="unfinished"></translation>
+        <translation>P10</translation>
     </message>
     <message>
         <source>P50</source>
-        <translation type="unfinished"></translation>
+        <translation>P50</translation>
     </message>
     <message>
         <source>P90</source>
-        <translation type="unfinished"></translation>
+        <translation>P90</translation>
     </message>
     <message>
         <source>Maximum</source>
@@ -2431,6 +2534,52 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
 </context>
 <context>
+    <name>lodex::FlowUnitPlot</name>
+    <message>
+        <source>The table has no numbers of this panel yet.</source>
+        <translation>Le tableau n&apos;a pas encore de nombres de ce panneau.</translation>
+    </message>
+    <message>
+        <source>Means per K layer, once a property is chosen</source>
+        <translation>Moyennes par couche K, dès qu&apos;une propriété est choisie</translation>
+    </message>
+    <message>
+        <source>Means of %1 per K layer, as in the table: of the layer and of the flow unit that it is in</source>
+        <translation>Moyennes de %1 par couche K, comme dans le tableau : de la couche et de son unité d&apos;écoulement</translation>
+    </message>
+    <message>
+        <source>Layer mean</source>
+        <translation>Moyenne de couche</translation>
+    </message>
+    <message>
+        <source>Flow unit mean</source>
+        <translation>Moyenne d&apos;unité</translation>
+    </message>
+</context>
+<context>
+    <name>lodex::FlowUnitProfile</name>
+    <message>
+        <source>K Profile of the Flow Units</source>
+        <translation>Profil K des unités d&apos;écoulement</translation>
+    </message>
+    <message>
+        <source>Layer mean</source>
+        <translation>Moyenne de couche</translation>
+    </message>
+    <message>
+        <source>The mean of the values in one K layer</source>
+        <translation>La moyenne des valeurs d&apos;une couche K</translation>
+    </message>
+    <message>
+        <source>Flow unit mean</source>
+        <translation>Moyenne d&apos;unité</translation>
+    </message>
+    <message>
+        <source>The mean of the values in the flow unit that the K layer is in</source>
+        <translation>La moyenne des valeurs de l&apos;unité d&apos;écoulement de la couche K</translation>
+    </message>
+</context>
+<context>
     <name>lodex::HelpWindow</name>
     <message>
         <source>Help</source>
@@ -2481,11 +2630,11 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>I × J × K</source>
-        <translation type="unfinished"></translation>
+        <translation>I × J × K</translation>
     </message>
     <message>
         <source>%1 × %2 × %3</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 × %2 × %3</translation>
     </message>
     <message>
         <source>Cells</source>
@@ -2525,7 +2674,7 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>%1 (%2 × %3 × %4)</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (%2 × %3 × %4)</translation>
     </message>
     <message>
         <source>Property</source>
@@ -2808,10 +2957,6 @@ en fusionnant les mailles d&apos;une grille</translation>
         <translation>Le chemin %1 contient un caractère que les commandes ne peuvent contenir.</translation>
     </message>
     <message>
-        <source>lodex workbench</source>
-        <translation>atelier lodex</translation>
-    </message>
-    <message>
         <source>Camera</source>
         <translation>Caméra</translation>
     </message>
@@ -2952,10 +3097,6 @@ en fusionnant les mailles d&apos;une grille</translation>
         <translation>Lancer les commandes d&apos;un script</translation>
     </message>
     <message>
-        <source>&amp;Save Journal as Script...</source>
-        <translation>Enregistrer le &amp;journal comme script...</translation>
-    </message>
-    <message>
         <source>Save what was done as a script that makes the same models again</source>
         <translation>Enregistrer ce qui a été fait comme script qui refait les mêmes modèles</translation>
     </message>
@@ -3012,16 +3153,8 @@ en fusionnant les mailles d&apos;une grille</translation>
         <translation>R&amp;enommer...</translation>
     </message>
     <message>
-        <source>Give the selected grid another name</source>
-        <translation>Donner un autre nom à la grille choisie</translation>
-    </message>
-    <message>
         <source>&amp;Destroy</source>
         <translation>&amp;Détruire</translation>
-    </message>
-    <message>
-        <source>Remove the selected grid</source>
-        <translation>Enlever la grille choisie</translation>
     </message>
     <message>
         <source>Show &amp;Everything</source>
@@ -3152,10 +3285,6 @@ en fusionnant les mailles d&apos;une grille</translation>
         <translation>Langue des menus et fenêtres ; les commandes restent telles quelles</translation>
     </message>
     <message>
-        <source>This window changes its language when the program starts again.</source>
-        <translation>Cette fenêtre changera de langue au prochain démarrage du programme.</translation>
-    </message>
-    <message>
         <source>Models (%1)</source>
         <translation>Modèles (%1)</translation>
     </message>
@@ -3214,6 +3343,162 @@ en fusionnant les mailles d&apos;une grille</translation>
     <message>
         <source>Colour Le&amp;gend...</source>
         <translation>&amp;Légende des couleurs...</translation>
+    </message>
+    <message>
+        <source>Keeping a copy for recovery</source>
+        <translation>Copie de récupération en cours</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Annuler</translation>
+    </message>
+    <message>
+        <source>Stops this copy; it is tried again later</source>
+        <translation>Arrête cette copie ; elle est reprise plus tard</translation>
+    </message>
+    <message>
+        <source>&amp;New Project</source>
+        <translation>&amp;Nouveau projet</translation>
+    </message>
+    <message>
+        <source>Start anew, without grids</source>
+        <translation>Recommencer sans grilles</translation>
+    </message>
+    <message>
+        <source>&amp;Open Project...</source>
+        <translation>&amp;Ouvrir un projet...</translation>
+    </message>
+    <message>
+        <source>Open a project file in place of what is there</source>
+        <translation>Ouvrir un fichier de projet à la place de ce qui est là</translation>
+    </message>
+    <message>
+        <source>Save &amp;Project</source>
+        <translation>Enregistrer le &amp;projet</translation>
+    </message>
+    <message>
+        <source>Save grids, views and journal to the project&apos;s file</source>
+        <translation>Enregistrer grilles, vues et journal dans le fichier du projet</translation>
+    </message>
+    <message>
+        <source>Save Project &amp;As...</source>
+        <translation>Enregistrer le projet &amp;sous...</translation>
+    </message>
+    <message>
+        <source>Save the project to another file</source>
+        <translation>Enregistrer le projet dans un autre fichier</translation>
+    </message>
+    <message>
+        <source>Save &amp;Journal as Script...</source>
+        <translation>Enregistrer le &amp;journal comme script...</translation>
+    </message>
+    <message>
+        <source>Give the selected grid, property or region another name</source>
+        <translation>Donner un autre nom à la grille, à la propriété ou à la région sélectionnée</translation>
+    </message>
+    <message>
+        <source>Remove the selected grid, property or region</source>
+        <translation>Retirer la grille, la propriété ou la région sélectionnée</translation>
+    </message>
+    <message>
+        <source>New name of the property &quot;%1&quot;</source>
+        <translation>Nouveau nom de la propriété « %1 »</translation>
+    </message>
+    <message>
+        <source>New name of the region &quot;%1&quot;</source>
+        <translation>Nouveau nom de la région « %1 »</translation>
+    </message>
+    <message>
+        <source>Destroy the property &quot;%1&quot;?</source>
+        <translation>Détruire la propriété « %1 » ?</translation>
+    </message>
+    <message>
+        <source>Destroy the region &quot;%1&quot;?</source>
+        <translation>Détruire la région « %1 » ?</translation>
+    </message>
+    <message>
+        <source>Projects (*.lodex-project);;All files (*)</source>
+        <translation>Projets (*.lodex-project);;Tous les fichiers (*)</translation>
+    </message>
+    <message>
+        <source>Recovered</source>
+        <translation>Récupéré</translation>
+    </message>
+    <message>
+        <source>Untitled</source>
+        <translation>Sans titre</translation>
+    </message>
+    <message>
+        <source>%1[*] - lodex workbench</source>
+        <translation>%1[*] - lodex workbench</translation>
+    </message>
+    <message>
+        <source>Unsaved changes</source>
+        <translation>Modifications non enregistrées</translation>
+    </message>
+    <message>
+        <source>Save what was done?</source>
+        <translation>Enregistrer ce qui a été fait ?</translation>
+    </message>
+    <message>
+        <source>Save the changes to &quot;%1&quot;?</source>
+        <translation>Enregistrer les modifications de « %1 » ?</translation>
+    </message>
+    <message>
+        <source>A new project, without grids</source>
+        <translation>Un nouveau projet, sans grilles</translation>
+    </message>
+    <message>
+        <source>Open a project</source>
+        <translation>Ouvrir un projet</translation>
+    </message>
+    <message>
+        <source>Saved to %1</source>
+        <translation>Enregistré dans %1</translation>
+    </message>
+    <message>
+        <source>Save the project</source>
+        <translation>Enregistrer le projet</translation>
+    </message>
+    <message>
+        <source>No projects yet</source>
+        <translation>Pas encore de projets</translation>
+    </message>
+    <message>
+        <source>&amp;Open the Last One at Start</source>
+        <translation>&amp;Ouvrir le dernier au démarrage</translation>
+    </message>
+    <message>
+        <source>Goes on with the last project when the workbench starts without a file</source>
+        <translation>Reprend le dernier projet quand l&apos;atelier démarre sans fichier</translation>
+    </message>
+    <message>
+        <source>Recovered. Save the project to keep it.</source>
+        <translation>Récupéré. Enregistrez le projet pour le garder.</translation>
+    </message>
+    <message>
+        <source>The language changes when nothing else is going on.</source>
+        <translation>La langue change quand rien d&apos;autre n&apos;est en cours.</translation>
+    </message>
+    <message>
+        <source>&amp;Help on This</source>
+        <translation>&amp;Aide sur ceci</translation>
+    </message>
+    <message>
+        <source>Open the help on the part of the window that has the keyboard</source>
+        <translation>Ouvrir l&apos;aide sur la partie de la fenêtre qui a le clavier</translation>
+    </message>
+    <message>
+        <source>Compare</source>
+        <translation>Comparer</translation>
+    </message>
+    <message>
+        <source>Recent Projec&amp;ts</source>
+        <translation>Projets récen&amp;ts</translation>
+    </message>
+    <message>
+        <source>What is not saved is lost.</source>
+        <translation>Ce qui n&apos;est pas enregistré est perdu.</translation>
     </message>
 </context>
 <context>
@@ -3372,15 +3657,15 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>P10</source>
-        <translation type="unfinished"></translation>
+        <translation>P10</translation>
     </message>
     <message>
         <source>P50</source>
-        <translation type="unfinished"></translation>
+        <translation>P50</translation>
     </message>
     <message>
         <source>P90</source>
-        <translation type="unfinished"></translation>
+        <translation>P90</translation>
     </message>
     <message>
         <source>Maximum</source>
@@ -3455,7 +3740,7 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
     <message>
         <source>%1 × %2 × %3</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 × %2 × %3</translation>
     </message>
     <message>
         <source>Properties</source>
@@ -3524,11 +3809,11 @@ Déposez un fichier de modèle ici, ou choisissez Fichier, Importer.</translatio
     </message>
     <message>
         <source>X</source>
-        <translation type="unfinished"></translation>
+        <translation>X</translation>
     </message>
     <message>
         <source>Y</source>
-        <translation type="unfinished"></translation>
+        <translation>Y</translation>
     </message>
     <message>
         <source>Depth</source>
@@ -3536,11 +3821,11 @@ Déposez un fichier de modèle ici, ou choisissez Fichier, Importer.</translatio
     </message>
     <message>
         <source>E</source>
-        <translation type="unfinished"></translation>
+        <translation>E</translation>
     </message>
     <message>
         <source>N</source>
-        <translation type="unfinished"></translation>
+        <translation>N</translation>
     </message>
     <message>
         <source>Up</source>
@@ -3578,6 +3863,45 @@ Déposez un fichier de modèle ici, ou choisissez Fichier, Importer.</translatio
     <message>
         <source>Stopping ...</source>
         <translation>Arrêt ...</translation>
+    </message>
+</context>
+<context>
+    <name>lodex::RecoveryBar</name>
+    <message>
+        <source>Recover</source>
+        <translation>Récupérer</translation>
+    </message>
+    <message>
+        <source>Opens what was kept in place of what is open now</source>
+        <translation>Ouvre ce qui a été gardé à la place de ce qui est ouvert</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Jeter</translation>
+    </message>
+    <message>
+        <source>Deletes what was kept</source>
+        <translation>Supprime ce qui a été gardé</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Plus tard</translation>
+    </message>
+    <message>
+        <source>Asks again at the next start</source>
+        <translation>Redemande au prochain démarrage</translation>
+    </message>
+    <message>
+        <source>no grids</source>
+        <translation>pas de grilles</translation>
+    </message>
+    <message>
+        <source>A session ended before it was saved. Kept on %1: %2 (%3).</source>
+        <translation>Une session s&apos;est arrêtée sans être enregistrée. Gardé le %1 : %2 (%3).</translation>
+    </message>
+    <message>
+        <source>A session on %4 ended before it was saved. Kept on %1: %2 (%3).</source>
+        <translation>Une session sur %4 s&apos;est arrêtée sans être enregistrée. Gardé le %1 : %2 (%3).</translation>
     </message>
 </context>
 <context>

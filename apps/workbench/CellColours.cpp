@@ -78,13 +78,13 @@ QString grouped(std::int64_t number)
 
 QString length_unit_text(const CornerPointGrid& grid)
 {
-    const auto unit = length_unit_from_word(grid.model().frame.grid_units);
+    const auto unit = length_unit_from_word(grid.header().frame.grid_units);
     return unit ? Lodex::to_qstring(measurement_unit(*unit).name()) : QString();
 }
 
 CellColours::CellColours(const CornerPointGrid& grid, const Colouring& colouring)
 {
-    cells_per_layer_ = grid.model().size[0] * grid.model().size[1];
+    cells_per_layer_ = grid.header().size[0] * grid.header().size[1];
     if (colouring.kind == Colouring::Kind::Unit) {
         use_units(grid);
         return;
@@ -104,10 +104,10 @@ CellColours::CellColours(const CornerPointGrid& grid, const Colouring& colouring
 
 void CellColours::use_units(const CornerPointGrid& grid)
 {
-    if (grid.model().layers.empty())
+    if (grid.header().layers.empty())
         return;
     title_ = QCoreApplication::translate("lodex::CellColours", "unit");
-    for (const LayerData& layer : grid.model().layers) {
+    for (const LayerData& layer : grid.header().layers) {
         entry_of_layer_.insert(entry_of_layer_.end(), static_cast<std::size_t>(layer.nb_k_cells), entries_.size());
         entries_.push_back({distinct_colour(entries_.size()), QString::fromStdString(layer.unit)});
     }

@@ -4,6 +4,7 @@
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/volumes/model/PropertyTools.h"
 
+#include <Lodex/geobase/GeobaseLib.h>
 #include <Lodex/qtools/QtText.h>
 #include <Lodex/utils/Logger.h>
 
@@ -18,11 +19,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPalette>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScopedValueRollback>
 #include <QSlider>
 #include <QSpinBox>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -353,7 +356,7 @@ void DisplayPanel::set_grid(CornerPointGrid* grid)
     if (!grid) {
         camera_.remove_all();
     } else {
-        const auto kept = displays_.find(grid->model().id);
+        const auto kept = displays_.find(grid->header().id);
         GridDisplay display = kept == displays_.end() ? GridDisplay{} : kept->second;
         if (wanted_set_ || kept == displays_.end())
             display.colour = colour_->currentData().value<ColourBy>();
@@ -393,7 +396,7 @@ void DisplayPanel::fill_lists()
     const auto add = [this](const QString& text, const ColourBy& colour) {
         colour_->addItem(text, QVariant::fromValue(colour));
     };
-    for (const PropertyData& property : grid->model().properties) {
+    for (const PropertyData& property : grid->header().properties) {
         if (property.on_points)
             continue;
         if (!property.discrete() && first_continuous < 0)
@@ -401,7 +404,7 @@ void DisplayPanel::fill_lists()
         add(QString::fromStdString(property.name), ColourBy::of_property(property.name));
         threshold_property_->addItem(QString::fromStdString(property.name));
     }
-    if (!grid->model().layers.empty())
+    if (!grid->header().layers.empty())
         add(tr("unit"), {ColourBy::Kind::Unit, {}});
     add(tr("depth"), {ColourBy::Kind::Depth, {}});
     add(tr("one colour"), {});
@@ -410,14 +413,15 @@ void DisplayPanel::fill_lists()
             wanted = n;
     }
     colour_->setCurrentIndex(wanted >= 0 ? wanted : std::max(first_continuous, 0));
-    for (const RegionData& one : grid->model().regions)
+    for (const RegionData& one : grid->header().regions)
         region_->addItem(QString::fromStdString(one.name));
-    const int kept = threshold_property_->findText(threshold);
-    threshold_property_->setCurrentIndex(
-        kept >= 0 ? kept : std::max(0, threshold_property_->findText(colour_->currentText())));
+    int decides = threshold_property_->findText(threshold);
+    if (decides < 0)
+        decides = threshold_property_->findText(colour_->currentText());
+    threshold_property_->setCurrentIndex(decides >= 0 ? decides : std::max(first_continuous, 0));
     region_->setCurrentIndex(std::max(0, region_->findText(region)));
     for (std::size_t axis = 0; axis < 3; ++axis) {
-        const auto count = static_cast<int>(grid->model().size[axis]);
+        const auto count = static_cast<int>(grid->header().size[axis]);
         for (QSpinBox* spin : {slices_[axis].from, slices_[axis].to})
             spin->setRange(1, count);
         slices_[axis].slider->setRange(1, count);
@@ -432,11 +436,12 @@ void DisplayPanel::fill_codes()
     codes_->clear();
     const CornerPointGrid* const grid = this->grid();
     const PropertyData* const property =
-        grid ? grid->model().find_property(threshold_property_->currentText().toStdString()) : nullptr;
+        grid ? grid->header().find_property(threshold_property_->currentText().toStdString()) : nullptr;
     const bool discrete = property && property->discrete();
     show_threshold(discrete);
     if (!discrete || !threshold_->isChecked())
         return; // looking for the codes of a large grid takes a moment
+    (void)grid->with({GridArray::PropertyValues, static_cast<std::size_t>(property - grid->header().properties.data())});
     std::set<std::int32_t> found;
     const auto& values = std::get<std::vector<std::int32_t>>(property->values);
     for (std::size_t cell = 0; cell < values.size() && found.size() < most_codes; ++cell) {
@@ -458,6 +463,9 @@ void DisplayPanel::show_threshold(bool discrete)
 {
     const bool on = threshold_->isChecked();
     threshold_->setFlat(!on);
+    // Off, nothing but the title is left, no empty frame.
+    const int title = std::max(fontMetrics().height(), style()->pixelMetric(QStyle::PM_IndicatorHeight)) + 2;
+    threshold_->setMaximumHeight(on ? QWIDGETSIZE_MAX : title);
     threshold_property_->setVisible(on);
     codes_->setVisible(on && discrete);
     for (QWidget* part : {static_cast<QWidget*>(min_), static_cast<QWidget*>(max_), between_})
@@ -476,7 +484,7 @@ void DisplayPanel::read_display(const GridDisplay& display)
     for (std::size_t axis = 0; grid && axis < 3; ++axis) {
         Slice& slice = slices_[axis];
         const auto& ranges = display.filter.ranges[axis];
-        const auto count = static_cast<int>(grid->model().size[axis]);
+        const auto count = static_cast<int>(grid->header().size[axis]);
         slice.on->setChecked(!ranges.empty());
         const int first = ranges.empty() ? (count + 1) / 2 : static_cast<int>(ranges.front().first) + 1;
         slice.from->setValue(first);
@@ -553,7 +561,7 @@ void DisplayPanel::apply()
     if (reading_ || !grid || !camera_.shows(grid))
         return;
     const GridDisplay display = chosen_display();
-    displays_[grid->model().id] = display;
+    displays_[grid->header().id] = display;
     camera_.set_display(grid, display);
     const QScopedValueRollback quiet(reading_, true);
     for (Slice& slice : slices_)
@@ -583,7 +591,11 @@ void DisplayPanel::update_enabled()
     int on = 0;
     for (Slice& slice : slices_) {
         slice.on->setEnabled(any);
-        slice.slider->setEnabled(any);
+        slice.slider->setEnabled(any); // moving it switches the slice on
+        QPalette faded;
+        if (!slice.on->isChecked())
+            faded.setColor(QPalette::Highlight, palette().color(QPalette::Mid));
+        slice.slider->setPalette(faded);
         slice.from->setEnabled(any && slice.on->isChecked());
         slice.to->setEnabled(any && slice.on->isChecked());
         on += slice.on->isChecked() ? 1 : 0;
@@ -627,6 +639,42 @@ void DisplayPanel::show_all_cells()
         inactive_->setChecked(false);
     }
     apply();
+}
+
+std::map<std::string, GridDisplay> DisplayPanel::displays() const
+{
+    std::map<std::string, GridDisplay> result;
+    for (const Lodex::GObj* object : Lodex::GeobaseLib::instance()->objects(Lodex::SGrid::static_type_id_())) {
+        const CornerPointGrid* const one = find_grid(object->name().str());
+        const auto kept = one ? displays_.find(one->header().id) : displays_.end();
+        if (one && camera_.shows(one))
+            result[one->name().str()] = camera_.display(one);
+        else if (kept != displays_.end())
+            result[one->name().str()] = kept->second;
+    }
+    return result;
+}
+
+void DisplayPanel::set_displays(const std::map<std::string, GridDisplay>& displays)
+{
+    wanted_set_ = false; // each grid is coloured as it was, not as the one before it
+    for (const auto& [name, display] : displays) {
+        CornerPointGrid* const one = find_grid(name);
+        if (!one)
+            continue;
+        displays_[one->header().id] = display;
+        if (one != grid() || !camera_.shows(one))
+            continue;
+        camera_.set_display(one, display);
+        read_display(camera_.display(one));
+    }
+}
+
+void DisplayPanel::set_view(double exaggeration, bool orthographic, bool axes)
+{
+    exaggeration_->setValue(exaggeration);
+    orthographic_->setChecked(orthographic);
+    axes_->setChecked(axes);
 }
 
 void DisplayPanel::edit_legend()

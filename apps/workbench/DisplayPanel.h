@@ -8,6 +8,7 @@
 
 #include <array>
 #include <map>
+#include <string>
 
 class QCheckBox;
 class QComboBox;
@@ -41,6 +42,12 @@ public:
     void show_region(const QString& region);
     /// Shows only these K layers, 0-based.
     void show_layers(IndexRange layers);
+
+    /// How each grid is shown that was shown so far, by its name.
+    [[nodiscard]] std::map<std::string, GridDisplay> displays() const;
+    /// For grids that are there; the others keep theirs.
+    void set_displays(const std::map<std::string, GridDisplay>& displays);
+    void set_view(double exaggeration, bool orthographic, bool axes);
 
 public slots:
     /// All cells again: no slices, no threshold, no region.

@@ -3,6 +3,7 @@
 #include "flowunit/LQFlowUnitRatioPanel.h"
 #include "flowunit/LQFlowUnitWidget.h"
 #include "flowunit/LQTable.h"
+#include "lodex/xtools/HelpKey.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -220,6 +221,7 @@ FlowUnitProfile::FlowUnitProfile(LQFlowUnitWidget& area, QWidget& window)
     : QDialog(&window, Qt::Tool), area_(&area), scroll_(new QScrollArea(this)), row_(nullptr)
 {
     setObjectName("flowUnitProfile");
+    set_help_page(*this, "Dorvan/dox_FlowUnitAnalysis.html");
     setWindowTitle(tr("K Profile of the Flow Units"));
     setAttribute(Qt::WA_DeleteOnClose);
     setAttribute(Qt::WA_ShowWithoutActivating); // the table keeps the keyboard

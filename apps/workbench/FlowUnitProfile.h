@@ -47,7 +47,7 @@ protected:
     void paint_data(QPainter& painter) override;
 
 private:
-    enum Line : std::size_t { LayerMeans, UnitMeans };
+    enum Line { LayerMeans, UnitMeans };
 
     void paint_ticks(QPainter& painter) const;
     void paint_line(QPainter& painter, Line line, const QPen& pen) const;

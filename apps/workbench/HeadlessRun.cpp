@@ -10,6 +10,7 @@
 #include "lodex/interpreter/Interpreter.h"
 #include "lodex/utils/AtomicFile.h"
 #include "lodex/utils/Numbers.h"
+#include "lodex/utils/Version.h"
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/volumes/model/CellGeometry.h"
 
@@ -178,7 +179,7 @@ private:
         part<QLineEdit>(dialog, "new_grid_name_").setText(coarse_name);
         part<QComboBox>(dialog, "direction_").setCurrentIndex(2);
         part<QSpinBox>(dialog, "from_").setValue(1);
-        part<QSpinBox>(dialog, "to_").setValue(static_cast<int>(find_grid(fine_name)->model().size[2]));
+        part<QSpinBox>(dialog, "to_").setValue(static_cast<int>(find_grid(fine_name)->header().size[2]));
         part<QSpinBox>(dialog, "step_").setValue(2);
         part<QCheckBox>(dialog, "copy_regions_").setChecked(true);
         part<QCheckBox>(dialog, "paint_check_box_").setChecked(true);
@@ -331,7 +332,7 @@ private:
     std::string made_;
     std::vector<std::string> comparisons_;
     ordered_json report_{
-        {"program", "lodex-workbench"}, {"version", LODEX_VERSION}, {"commands", ordered_json::array()}};
+        {"program", "lodex-workbench"}, {"version", program_version()}, {"commands", ordered_json::array()}};
     const Problems problems_;
     MainWindow window_;
 };

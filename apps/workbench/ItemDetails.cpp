@@ -84,7 +84,7 @@ void ItemDetails::refresh()
 
 void ItemDetails::show_grid(const CornerPointGrid& grid)
 {
-    const GridModel& model = grid.model();
+    const GridModel& model = grid.with({GridArray::ActiveFlags});
     double volume = 0;
     CompensatedSum sum;
     const std::span<const double> volumes = grid.bulk_volumes();
@@ -103,8 +103,10 @@ void ItemDetails::show_grid(const CornerPointGrid& grid)
     add(tr("Units"), QString::number(model.layers.size()));
     if (!model.faults.empty())
         add(tr("Fault segments"), QString::number(model.faults.size()));
-    if (!model.frame.grid_units.empty())
-        add(tr("Length unit"), QString::fromStdString(model.frame.grid_units));
+    if (!model.frame.grid_units.empty()) {
+        const QString unit = length_unit_text(grid); // else the file's own word
+        add(tr("Length unit"), unit.isEmpty() ? QString::fromStdString(model.frame.grid_units).toLower() : unit);
+    }
     for (const DerivationRecord& record : model.records) {
         add(tr("Made from"),
             tr("%1 (%2 × %3 × %4)")
@@ -195,7 +197,7 @@ void ItemDetails::show_region(const CornerPointGrid& grid, const QString& name)
 
 void ItemDetails::show_unit(const CornerPointGrid& grid, int number)
 {
-    const GridModel& model = grid.model();
+    const GridModel& model = grid.with({GridArray::ActiveFlags});
     if (number < 0 || static_cast<std::size_t>(number) >= model.layers.size())
         return;
     std::int64_t top = 0;

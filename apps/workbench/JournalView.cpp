@@ -12,6 +12,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace lodex {
 
 JournalView::JournalView(QWidget* parent)
@@ -50,15 +52,19 @@ JournalView::~JournalView()
 void JournalView::follow()
 {
     const auto& journal = Interpreter::instance().journal();
-    if (journal.size() < shown_) {
+    // Another project's journal may begin otherwise.
+    if (journal.size() < shown_.size() || !std::equal(shown_.begin(), shown_.end(), journal.begin())) {
         text_->clear();
-        shown_ = 0;
+        shown_.clear();
     }
     save_->setEnabled(!journal.empty());
-    while (shown_ < journal.size()) {
-        const QString statement = QString::fromStdString(journal[shown_++]);
+    const bool told = journal.size() == shown_.size() + 1; // more at once were not given now
+    while (shown_.size() < journal.size()) {
+        shown_.push_back(journal[shown_.size()]);
+        const QString statement = QString::fromStdString(shown_.back());
         text_->appendPlainText(statement);
-        emit statement_added(statement);
+        if (told)
+            emit statement_added(statement);
     }
 }
 

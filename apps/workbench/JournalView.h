@@ -32,7 +32,7 @@ private:
 
     QPlainTextEdit* text_;
     QPushButton* save_;
-    std::size_t shown_ = 0; // statements in the text
+    std::vector<std::string> shown_; // statements in the text
 };
 
 /// Writes the journal, a statement a line; an older file is replaced whole or not at all. Throws ModelError.

@@ -104,6 +104,12 @@ void LogView::clear_entries()
     clear();
 }
 
+void LogView::set_entries(const Entries& entries)
+{
+    entries_ = entries;
+    rewrite();
+}
+
 void LogView::write(const Entry& entry)
 {
     const bool at_end = verticalScrollBar()->value() == verticalScrollBar()->maximum();

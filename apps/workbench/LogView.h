@@ -28,6 +28,16 @@ public:
     void set_search(const QString& text);
     void clear_entries();
 
+    enum class Kind { Command, Answer, Info, Warning, Error };
+    struct Entry {
+        Kind kind;
+        QString text;
+    };
+    using Entries = std::deque<Entry>;
+    /// All of them, shown or not, oldest first.
+    [[nodiscard]] const Entries& entries() const { return entries_; }
+    void set_entries(const Entries& entries);
+
 signals:
     /// An error or a fatal message came; the text is its first line.
     void problem(const QString& text);
@@ -37,19 +47,13 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
-    enum class Kind { Command, Answer, Info, Warning, Error };
-    struct Entry {
-        Kind kind;
-        QString text;
-    };
-
     void add(Kind kind, const QString& text);
     void write(const Entry& entry);
     void rewrite();
     [[nodiscard]] bool is_shown(const Entry& entry) const;
     [[nodiscard]] QColor colour(Kind kind) const;
 
-    std::deque<Entry> entries_; // kept to colour and choose them anew
+    Entries entries_; // kept to colour and choose them anew
     Shown shown_ = Shown::All;
     QString search_;
 };

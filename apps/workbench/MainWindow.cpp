@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "Autosave.h"
 #include "ConsoleEdit.h"
 #include "DisplayPanel.h"
 #include "FlowUnitProfile.h"
@@ -7,6 +8,7 @@
 #include "JournalView.h"
 #include "LogPanel.h"
 #include "LogView.h"
+#include "RecoveryBar.h"
 #include "SectionPanel.h"
 #include "plots/ComparisonWindow.h"
 #include "plots/NumbersWindow.h"
@@ -34,6 +36,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -57,7 +60,6 @@ using Lodex::to_cstring;
 using Lodex::to_qstring;
 
 constexpr int status_time = 8000; // ms
-constexpr int layout_version = 1;
 constexpr qsizetype most_recent = 10;
 constexpr qsizetype most_history = 200;
 
@@ -141,10 +143,10 @@ MainWindow::MainWindow(QWidget* parent, Memory memory)
       camera_(new CameraView(this)), display_(new DisplayPanel(*camera_, this)), section_(new SectionPanel(this)),
       views_(new QTabWidget(this)), tabs_(new QTabWidget(this)), log_(new LogPanel(this)),
       journal_(new JournalView(this)), console_(new ConsoleEdit(this)), console_hint_(new QLabel(this)),
-      tool_hint_(new QLabel(this)), offer_(new QPushButton(this))
+      tool_hint_(new QLabel(this)), offer_(new QPushButton(this)), recovery_(new RecoveryBar(this)),
+      keeping_(new QWidget(this)), keeping_bar_(new QProgressBar(keeping_))
 {
     setObjectName("mainWindow");
-    setWindowTitle(tr("lodex workbench"));
     setWindowIcon(Lodex::LQPixmapLib::icon("lodex"));
     setAcceptDrops(true);
     build_layout();
@@ -157,6 +159,7 @@ MainWindow::MainWindow(QWidget* parent, Memory memory)
     first_layout_ = saveState(layout_version);
     if (settings_)
         read_settings();
+    follow_project();
 }
 
 MainWindow::~MainWindow()
@@ -182,7 +185,12 @@ void MainWindow::build_layout()
     views_->setTabToolTip(1, tr("A vertical section through the selected grid"));
     if (!camera_->can_draw())
         views_->setCurrentWidget(section_);
-    setCentralWidget(views_);
+    auto* middle = new QWidget(this);
+    auto* middle_column = new QVBoxLayout(middle);
+    middle_column->setContentsMargins(0, 0, 0, 0);
+    middle_column->addWidget(recovery_);
+    middle_column->addWidget(views_, 1);
+    setCentralWidget(middle);
 
     cell_->setObjectName("cellInfo");
     cell_->setAccessibleName(tr("Picked cell"));
@@ -257,8 +265,28 @@ void MainWindow::build_status_bar()
     offer_->setToolTip(tr("Opens the comparison of the fine property with the coarse one"));
     offer_->setAutoDefault(false);
     offer_->hide();
+    keeping_->setObjectName("keepingCopy");
+    auto* row = new QHBoxLayout(keeping_);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(new QLabel(tr("Keeping a copy for recovery"), keeping_));
+    keeping_bar_->setObjectName("keepingProgress");
+    keeping_bar_->setRange(0, 1000);
+    keeping_bar_->setTextVisible(false);
+    keeping_bar_->setFixedWidth(120);
+    row->addWidget(keeping_bar_);
+    auto* cancel = new QPushButton(tr("Cancel"), keeping_);
+    cancel->setObjectName("keepingCancel");
+    cancel->setToolTip(tr("Stops this copy; it is tried again later"));
+    cancel->setAutoDefault(false);
+    row->addWidget(cancel);
+    keeping_->hide();
+    connect(cancel, &QPushButton::clicked, this, [this] {
+        if (autosave_)
+            autosave_->stop();
+    });
     statusBar()->addPermanentWidget(tool_hint_);
     statusBar()->addPermanentWidget(offer_);
+    statusBar()->addPermanentWidget(keeping_);
 }
 
 void MainWindow::connect_parts()
@@ -272,6 +300,8 @@ void MainWindow::connect_parts()
     });
     connect(log_->view(), &LogView::problem, this, &MainWindow::show_problem);
     connect(journal_, &JournalView::statement_added, this, &MainWindow::offer_comparison);
+    connect(journal_, &JournalView::statement_added, this, &MainWindow::follow_project);
+    build_recovery_bar();
     connect(console_, &ConsoleEdit::submitted, this, [this](const QString& text) {
         log_->view()->add_command(text);
         run(text);
@@ -319,6 +349,7 @@ bool MainWindow::run(const QString& text, const QString& source)
             seconds += result.seconds;
         statusBar()->showMessage(tr("Done in %1 s").arg(seconds, 0, 'f', 2), status_time);
     }
+    follow_project();
     return done;
 }
 
@@ -326,6 +357,10 @@ bool MainWindow::import_files(const QStringList& paths)
 {
     qsizetype failed = 0;
     for (const QString& path : paths) {
+        if (is_project_file(path)) {
+            open_project_file(path); // what follows is added to it
+            continue;
+        }
         const QString file = quoted_path(path);
         if (file.isEmpty() || !run(QStringLiteral("lodex import file %1 name %2").arg(file, name_for_import(path))))
             ++failed;
@@ -399,9 +434,9 @@ ComparisonWindow* MainWindow::open_comparison()
     // What was made from what tells which grid is the fine one.
     const CornerPointGrid* const selected = tree_->selected();
     const auto source_of = [this](const CornerPointGrid& coarse) -> const CornerPointGrid* {
-        for (const DerivationRecord& record : coarse.model().records) {
+        for (const DerivationRecord& record : coarse.header().records) {
             for (const CornerPointGrid* grid : tree_->grids()) {
-                if (grid->model().id == record.source_id && grid->model().cells() > coarse.model().cells())
+                if (grid->header().id == record.source_id && grid->header().cells() > coarse.header().cells())
                     return grid;
             }
         }
@@ -451,6 +486,7 @@ void MainWindow::select_item()
         case Needs::Nothing: break;
         case Needs::Grid: enabled = any; break;
         case Needs::Item: enabled = single; break;
+        case Needs::Named: enabled = !renamable().kind.isEmpty(); break;
         case Needs::Coarsening:
             enabled = any && item.kind == TreeItem::Kind::Activity && !item.name.contains(QStringLiteral(" -> "));
             break;
@@ -523,6 +559,7 @@ void MainWindow::place_beside_view(QWidget& window)
 void MainWindow::read_settings()
 {
     recent_ = settings_->value("recentFiles").toStringList();
+    recent_projects_ = settings_->value("recentProjects").toStringList();
     console_->set_history(settings_->value("commands").toStringList());
     restoreGeometry(settings_->value("geometry").toByteArray());
     restoreState(settings_->value("layout").toByteArray(), layout_version);
@@ -531,6 +568,8 @@ void MainWindow::read_settings()
 void MainWindow::write_settings()
 {
     settings_->setValue("recentFiles", recent_);
+    settings_->setValue("recentProjects", recent_projects_);
+    settings_->setValue("lastProject", shown_path_);
     const QStringList& history = console_->history();
     settings_->setValue("commands", history.mid(std::max<qsizetype>(0, history.size() - most_history)));
     settings_->setValue("geometry", saveGeometry());
@@ -544,11 +583,22 @@ void MainWindow::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
+    if (!closing_ && asks_ && unsaved()) {
+        event->ignore();
+        ask_unsaved([this] {
+            closing_ = true;
+            close();
+            closing_ = false;
+        });
+        return;
+    }
     if (settings_)
         write_settings();
     QMainWindow::closeEvent(event);
-    if (event->isAccepted())
-        emit closed();
+    if (!event->isAccepted())
+        return;
+    clear_recovery();
+    emit closed();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)

@@ -16,6 +16,7 @@
 #include "plots/NumbersWindow.h"
 #include "lodex/gridio/GridFormat.h"
 #include "lodex/interpreter/Interpreter.h"
+#include "lodex/utils/Version.h"
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/xtools/HelpPages.h"
 
@@ -49,8 +50,6 @@ namespace {
 
 using Lodex::to_cstring;
 using Lodex::to_qstring;
-
-constexpr int layout_version = 1;
 
 QString filter_of(const GridFormat& format)
 {
@@ -100,25 +99,37 @@ const std::vector<MainWindow::ActionRow>& MainWindow::action_rows()
         const char* const help = QT_TRANSLATE_NOOP("lodex::MainWindow", "&Help");
         using W = MainWindow;
         std::vector<ActionRow> result{
+            {"newProject", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "&New Project"),
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Start anew, without grids"), "Ctrl+N", "project_new",
+             Needs::Nothing, 0, &W::new_project},
+            {"openProject", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Open Project..."),
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Open a project file in place of what is there"), "Ctrl+O",
+             "project_open", Needs::Nothing, ToolBar, &W::ask_open_project},
+            {"saveProject", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "Save &Project"),
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Save grids, views and journal to the project's file"), "Ctrl+S",
+             "filesave", Needs::Nothing, ToolBar, [](W& w) { w.save_project_file(); }},
+            {"saveProjectAs", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "Save Project &As..."),
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Save the project to another file"), "Ctrl+Shift+S",
+             "project_save_as", Needs::Nothing, 0, [](W& w) { w.save_project_as(); }},
             {"import", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Import..."),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Read grids from files"), "Ctrl+I", "", Needs::Nothing, ToolBar,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Read grids from files"), "Ctrl+I", "file_import", Needs::Nothing, ToolBar | Separated,
              &W::ask_import},
             {"export", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Export..."),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Write the selected grid to a file"), "Ctrl+E", "", Needs::Grid,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Write the selected grid to a file"), "Ctrl+E", "file_export", Needs::Grid,
              ToolBar | OfGrid, &W::ask_export},
             {"runScript", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Run Script..."),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Run the commands of a script"), "Ctrl+R", "", Needs::Nothing,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Run the commands of a script"), "Ctrl+R", "script_run", Needs::Nothing,
              Separated, &W::ask_script},
-            {"saveJournal", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Save Journal as Script..."),
+            {"saveJournal", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "Save &Journal as Script..."),
              QT_TRANSLATE_NOOP("lodex::MainWindow", "Save what was done as a script that makes the same models again"),
-             "Ctrl+S", "filesave", Needs::Nothing, 0, [](W& w) { w.journal_->save_as_script(); }},
+             "Ctrl+J", "journal_save", Needs::Nothing, 0, [](W& w) { w.journal_->save_as_script(); }},
             {"quit", file, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Quit"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Close the workbench"), "Ctrl+Q", "", Needs::Nothing, Separated,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Close the workbench"), "Ctrl+Q", "quit", Needs::Nothing, Separated,
              [](W& w) { w.close(); }},
             {"show", grid, QT_TRANSLATE_NOOP("lodex::MainWindow", "Show in &Camera"),
              QT_TRANSLATE_NOOP("lodex::MainWindow",
                                "Show the selected object: colour by a property, only the cells of a region or unit"),
-             "Ctrl+Return", "", Needs::Item, OfGrid | OfProperty | OfRegion | OfUnit, &W::show_selected}};
+             "Ctrl+Return", "camera_show", Needs::Item, OfGrid | OfProperty | OfRegion | OfUnit, &W::show_selected}};
         bool first = true;
         for (const DialogRow& row : dialog_rows()) {
             unsigned places = OfGrid;
@@ -136,58 +147,61 @@ const std::vector<MainWindow::ActionRow>& MainWindow::action_rows()
             {"applyCoarsening", grid, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Apply Coarsening"),
              QT_TRANSLATE_NOOP("lodex::MainWindow",
                                "Make the grid that the selected coarsening describes, with properties and regions"),
-             "", "", Needs::Coarsening, OfActivity, &W::apply_coarsening},
+             "", "apply", Needs::Coarsening, OfActivity, &W::apply_coarsening},
             {"numbers", grid, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Numbers..."),
              QT_TRANSLATE_NOOP("lodex::MainWindow",
                                "Histogram, K profile, cross plot and statistics of the selected grid's properties"),
-             "Ctrl+H", "", Needs::Grid, ToolBar | OfGrid | OfProperty | OfRegion | Separated,
+             "Ctrl+H", "numbers", Needs::Grid, ToolBar | OfGrid | OfProperty | OfRegion | Separated,
              [](W& w) { w.open_numbers(); }},
             {"compare", grid, QT_TRANSLATE_NOOP("lodex::MainWindow", "Compare Fine &with Coarse..."),
              QT_TRANSLATE_NOOP("lodex::MainWindow", "A property of a fine grid beside one of a coarse grid"),
-             "Ctrl+Shift+C", "", Needs::Grid, ToolBar | OfGrid | OfProperty, [](W& w) { w.open_comparison(); }},
+             "Ctrl+Shift+C", "compare", Needs::Grid, ToolBar | OfGrid | OfProperty, [](W& w) { w.open_comparison(); }},
             {"report", grid, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Report..."),
              QT_TRANSLATE_NOOP("lodex::MainWindow", "Show counts, volumes and statistics of the selected grid"),
-             "Ctrl+T", "", Needs::Grid, ToolBar | OfGrid, &W::show_report},
+             "Ctrl+T", "report", Needs::Grid, ToolBar | OfGrid, &W::show_report},
             {"rename", grid, QT_TRANSLATE_NOOP("lodex::MainWindow", "R&ename..."),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Give the selected grid another name"), "F2", "", Needs::Grid,
-             OfGrid | Separated, &W::ask_rename},
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Give the selected grid, property or region another name"), "F2",
+             "rename", Needs::Named, OfGrid | OfProperty | OfRegion | Separated, &W::ask_rename},
             {"destroy", grid, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Destroy"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Remove the selected grid"), "Del", "", Needs::Grid, OfGrid,
-             &W::ask_destroy},
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Remove the selected grid, property or region"), "Del", "destroy",
+             Needs::Named, OfGrid | OfProperty | OfRegion, &W::ask_destroy},
             {"fit", view, QT_TRANSLATE_NOOP("lodex::MainWindow", "Show &Everything"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Bring the whole grid into the camera's view"), "Ctrl+0", "",
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Bring the whole grid into the camera's view"), "Ctrl+0", "view_fit",
              Needs::Grid, 0, [](W& w) { w.camera_->fit(); }},
             {"allCells", view, QT_TRANSLATE_NOOP("lodex::MainWindow", "&All Cells"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "No slices, no threshold, no region"), "Ctrl+Shift+A", "",
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "No slices, no threshold, no region"), "Ctrl+Shift+A", "all_cells",
              Needs::Grid, 0, [](W& w) { w.display_->show_all_cells(); }},
             {"editLegend", view, QT_TRANSLATE_NOOP("lodex::MainWindow", "Colour Le&gend..."),
              QT_TRANSLATE_NOOP("lodex::MainWindow",
                                "Range, clipping, logarithm and colour map of the property that is shown"),
-             "Ctrl+L", "", Needs::Grid, 0, [](W& w) { w.display_->edit_legend(); }},
+             "Ctrl+L", "legend", Needs::Grid, 0, [](W& w) { w.display_->edit_legend(); }},
             {"savePicture", view, QT_TRANSLATE_NOOP("lodex::MainWindow", "Save &Picture..."),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Save the camera's view as a picture"), "Ctrl+P", "", Needs::Grid,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Save the camera's view as a picture"), "Ctrl+P", "picture", Needs::Grid,
              0, [](W& w) { w.display_->save_picture(); }},
             {"endTool", view, QT_TRANSLATE_NOOP("lodex::MainWindow", "End Tool"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "No dialog waits for a cell any more"), "Esc", "", Needs::Tool, 0,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "No dialog waits for a cell any more"), "Esc", "tool_end", Needs::Tool, 0,
              [](W&) { Lodex::GraphicLib::instance()->reset_tool(); }},
             {"commandLine", view, QT_TRANSLATE_NOOP("lodex::MainWindow", "Go to &Command Line"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Type a command"), "F6", "", Needs::Nothing, Separated,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Type a command"), "F6", "command_line", Needs::Nothing, Separated,
              &W::focus_console},
+            {"helpHere", help, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Help on This"),
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Open the help on the part of the window that has the keyboard"),
+             "F1", "help_here", Needs::Nothing, 0, &W::show_help_here},
             {"contents", help, QT_TRANSLATE_NOOP("lodex::MainWindow", "&Contents"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Open the help"), "F1", "help_contents", Needs::Nothing, ToolBar,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Open the help"), "", "help_contents", Needs::Nothing, ToolBar,
              &W::show_help},
             {"shortcuts", help, QT_TRANSLATE_NOOP("lodex::MainWindow", "Actions and &Shortcuts..."),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "Everything the menus can do, with its keys"), "Ctrl+F1", "",
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "Everything the menus can do, with its keys"), "Ctrl+F1", "keyboard",
              Needs::Nothing, 0, &W::show_shortcuts},
             {"verbs", help, QT_TRANSLATE_NOOP("lodex::MainWindow", "C&ommands"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "List the commands in the messages"), "Shift+F1", "",
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "List the commands in the messages"), "Shift+F1", "verbs",
              Needs::Nothing, 0,
              [](W& w) {
                  w.tabs_->setCurrentWidget(w.log_);
                  w.run(QStringLiteral("lodex help"));
              }},
             {"about", help, QT_TRANSLATE_NOOP("lodex::MainWindow", "&About"),
-             QT_TRANSLATE_NOOP("lodex::MainWindow", "What this program is"), "", "", Needs::Nothing, Separated,
+             QT_TRANSLATE_NOOP("lodex::MainWindow", "What this program is"), "", "about", Needs::Nothing, Separated,
              &W::show_about},
         };
         result.insert(result.end(), rest.begin(), rest.end());
@@ -221,13 +235,21 @@ void MainWindow::build_actions()
         if (*row.icon)
             action->setIcon(Lodex::LQPixmapLib::icon(row.icon));
         connect(action, &QAction::triggered, this, [this, &row] { row.run(*this); });
-        if (row.places & ToolBar)
+        if (row.places & ToolBar) {
+            if ((row.places & Separated) && !bar->actions().isEmpty())
+                bar->addSeparator();
             bar->addAction(action);
+        }
         actions_[row.id] = action;
+        if (std::string_view(row.id) == "saveProjectAs")
+            build_projects_menu(menu);
         if (std::string_view(row.id) == "import")
             build_recent_menu(menu);
     }
     build_view_menu(menus.at("&View"));
+    for (const char* id : {"openProject", "saveProject", "contents"})
+        actions_.at(id)->setPriority(QAction::LowPriority); // known by their pictures alone
+    actions_.at("compare")->setIconText(tr("Compare"));
     QAction* const destroy = actions_.at("destroy");
     destroy->setShortcutContext(Qt::WidgetShortcut); // elsewhere the key deletes text
     tree_->addAction(destroy);
@@ -300,8 +322,7 @@ void MainWindow::build_view_menu(QMenu* menu)
                    [this, language] {
                        if (settings_)
                            settings_->setValue("language", language);
-                       use_language(language);
-                       statusBar()->showMessage(tr("This window changes its language when the program starts again."));
+                       emit language_wanted(language);
                    });
     }
 }
@@ -373,33 +394,62 @@ void MainWindow::ask_script()
         run_script(path);
 }
 
+MainWindow::Renamable MainWindow::renamable() const
+{
+    const TreeItem item = tree_->item();
+    switch (item.kind) {
+    case TreeItem::Kind::Grid: return {item.grid, QStringLiteral("object"), item.grid};
+    case TreeItem::Kind::Property: return {item.grid, QStringLiteral("property"), item.name};
+    case TreeItem::Kind::Region: return {item.grid, QStringLiteral("region"), item.name};
+    default: return {};
+    }
+}
+
 void MainWindow::ask_rename()
 {
-    const CornerPointGrid* grid = tree_->selected();
-    if (!grid)
+    const Renamable item = renamable();
+    if (item.kind.isEmpty())
         return;
-    const QString name = to_qstring(grid->name());
     QInputDialog dialog(this);
     dialog.setObjectName("renameDialog");
     dialog.setWindowTitle(tr("Rename"));
-    dialog.setLabelText(tr("New name of the grid \"%1\"").arg(name));
-    dialog.setTextValue(name);
+    dialog.setOkButtonText(tr("Rename"));
+    dialog.setLabelText(item.kind == u"property" ? tr("New name of the property \"%1\"").arg(item.name)
+                        : item.kind == u"region" ? tr("New name of the region \"%1\"").arg(item.name)
+                                                 : tr("New name of the grid \"%1\"").arg(item.name));
+    dialog.setTextValue(item.name);
     if (dialog.exec() != QDialog::Accepted)
         return;
     const QString wanted = dialog.textValue().trimmed();
-    if (!wanted.isEmpty() && wanted != name)
-        run(QStringLiteral("lodex rename object %1 name %2").arg(object_word(name), object_word(wanted)));
+    if (wanted.isEmpty() || wanted == item.name)
+        return;
+    if (item.kind == u"object") {
+        run(QStringLiteral("lodex rename object %1 name %2").arg(object_word(item.name), object_word(wanted)));
+        return;
+    }
+    const bool shown = camera_->display(tree_->selected()).colour == ColourBy::of_property(item.name.toStdString());
+    if (!run(QStringLiteral("lodex on SGrid %1 rename_%2 %3 name %4")
+                 .arg(object_word(item.grid), item.kind, object_word(item.name), object_word(wanted))))
+        return;
+    const bool property = item.kind == u"property";
+    if (property && shown)
+        show_property(item.grid, wanted);
+    tree_->select(TreeItem{.kind = property ? TreeItem::Kind::Property : TreeItem::Kind::Region,
+                           .grid = item.grid,
+                           .name = wanted});
 }
 
 void MainWindow::ask_destroy()
 {
-    const CornerPointGrid* grid = tree_->selected();
-    if (!grid)
+    const Renamable item = renamable();
+    if (item.kind.isEmpty())
         return;
-    const QString name = to_qstring(grid->name());
     QMessageBox box(QMessageBox::Question, tr("Destroy"),
-                    tr("Destroy the grid \"%1\" with its properties and regions?").arg(name), QMessageBox::NoButton,
-                    this);
+                    item.kind == u"property" ? tr("Destroy the property \"%1\"?").arg(item.name)
+                    : item.kind == u"region"
+                        ? tr("Destroy the region \"%1\"?").arg(item.name)
+                        : tr("Destroy the grid \"%1\" with its properties and regions?").arg(item.name),
+                    QMessageBox::NoButton, this);
     box.setObjectName("destroyQuestion");
     box.setTextFormat(Qt::PlainText);
     QPushButton* destroy = box.addButton(tr("Destroy"), QMessageBox::AcceptRole);
@@ -409,8 +459,13 @@ void MainWindow::ask_destroy()
     box.setDefaultButton(keep);
     box.setEscapeButton(keep);
     box.exec();
-    if (box.clickedButton() == destroy)
-        run(QStringLiteral("lodex destroy objects %1").arg(object_word(name)));
+    if (box.clickedButton() != destroy)
+        return;
+    if (item.kind == u"object")
+        run(QStringLiteral("lodex destroy objects %1").arg(object_word(item.name)));
+    else
+        run(QStringLiteral("lodex on SGrid %1 destroy_%2 %3")
+                .arg(object_word(item.grid), item.kind, object_word(item.name)));
 }
 
 void MainWindow::apply_coarsening()
@@ -434,7 +489,7 @@ void MainWindow::show_selected()
     case TreeItem::Kind::Region: display_->show_region(item.name); break;
     case TreeItem::Kind::Unit: {
         std::int64_t top = 0;
-        const auto& layers = grid->model().layers;
+        const auto& layers = grid->header().layers;
         for (int n = 0; n < item.number; ++n)
             top += layers[static_cast<std::size_t>(n)].nb_k_cells;
         display_->show_layers({top, top + layers[static_cast<std::size_t>(item.number)].nb_k_cells - 1});
@@ -480,13 +535,28 @@ void MainWindow::show_help()
     Lodex::XMHelpManager::instance()->display(to_cstring(help_key(help_url(help_start_page()))));
 }
 
+void MainWindow::show_help_here()
+{
+    const std::array<std::pair<const QWidget*, const char*>, 3> places{
+        {{display_, "help:user-doc/display.html"},
+         {section_, "help:user-doc/workbench.html#section"},
+         {camera_, "help:user-doc/workbench.html#camera"}}};
+    const QWidget* const focus = QApplication::focusWidget();
+    const char* page = "help:user-doc/workbench.html";
+    for (const auto& [part, its_page] : places) {
+        if (focus && (focus == part || part->isAncestorOf(focus)))
+            page = its_page;
+    }
+    Lodex::XMHelpManager::instance()->display(Lodex::CopyCString(std::string(page) + ";winhelp:Lodex"));
+}
+
 void MainWindow::show_about()
 {
     QMessageBox::about(
         this, tr("About"),
         tr("<h3>lodex workbench %1</h3><p>Coarsens and refines stratigraphic grids: merges cell sections, "
            "carries properties and regions over, and keeps a journal that makes the same models again.</p>")
-            .arg(QStringLiteral(LODEX_VERSION)));
+            .arg(QString::fromLatin1(program_version())));
 }
 
 void MainWindow::focus_console()

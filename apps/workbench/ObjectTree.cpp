@@ -152,7 +152,7 @@ void ObjectTree::add(CornerPointGrid* grid)
 
 void ObjectTree::fill(QTreeWidgetItem* of_grid, const CornerPointGrid& grid)
 {
-    const GridModel& model = grid.model();
+    const GridModel& model = grid.header();
     const QString name = Lodex::to_qstring(grid.name());
     const auto set = [](QTreeWidgetItem* entry, const QString& text, const QString& detail, const TreeItem& item) {
         entry->setText(NameColumn, text);

@@ -1,7 +1,7 @@
 #include "ReportDialog.h"
 
-#include "HelpKey.h"
 #include "lodex/utils/Numbers.h"
+#include "lodex/xtools/HelpKey.h"
 
 #include <nlohmann/json.hpp>
 
@@ -70,7 +70,7 @@ ReportDialog::ReportDialog(const QString& grid, const QString& json, QWidget* pa
     : QDialog(parent), json_(json), tree_(new QTreeWidget(this))
 {
     setObjectName("reportDialog");
-    set_help_anchor(*this, "report");
+    set_help_page(*this, "user-doc/report.html");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Report of %1").arg(grid));
     tree_->setObjectName("reportTree");

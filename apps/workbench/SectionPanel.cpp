@@ -90,11 +90,37 @@ void SectionPanel::colour_by(const Colouring& colouring)
     }
 }
 
+QString SectionPanel::state() const
+{
+    const auto colouring = colour_by_->currentData().value<Colouring>();
+    return QStringLiteral("%1 %2 %3 %4")
+        .arg(static_cast<int>(axis()))
+        .arg(number_->value())
+        .arg(static_cast<int>(colouring.kind))
+        .arg(QString::fromStdString(colouring.property));
+}
+
+void SectionPanel::restore_state(const QString& state)
+{
+    bool axis_read = false, number_read = false, kind_read = false;
+    const int axis = state.section(u' ', 0, 0).toInt(&axis_read);
+    const int number = state.section(u' ', 1, 1).toInt(&number_read);
+    const int kind = state.section(u' ', 2, 2).toInt(&kind_read);
+    const int row = axis_->findData(axis);
+    if (!axis_read || !number_read || !kind_read || row < 0 || kind < 0 ||
+        kind > static_cast<int>(Colouring::Kind::Property))
+        return;
+    axis_->setCurrentIndex(row);
+    if (number >= number_->minimum() && number <= number_->maximum())
+        choose_section(number);
+    colour_by({static_cast<Colouring::Kind>(kind), state.section(u' ', 3).toStdString()});
+}
+
 void SectionPanel::choose_axis()
 {
     auto* grid = static_cast<CornerPointGrid*>(grid_watch_.observed());
     const auto a = static_cast<std::size_t>(axis());
-    const int count = grid ? static_cast<int>(grid->model().size[a]) : 1;
+    const int count = grid ? static_cast<int>(grid->header().size[a]) : 1;
     // What the user chose stays for the next grid that has it; else the middle is a good place to start.
     const int shown = chosen_[a] >= 1 && chosen_[a] <= count ? chosen_[a] : (count + 1) / 2;
     {
@@ -127,14 +153,14 @@ void SectionPanel::fill_colourings()
     };
     int first_continuous = -1, wanted = -1;
     if (grid) {
-        for (const PropertyData& property : grid->model().properties) {
+        for (const PropertyData& property : grid->header().properties) {
             if (property.on_points)
                 continue;
             if (!property.discrete() && first_continuous < 0)
                 first_continuous = colour_by_->count();
             add(QString::fromStdString(property.name), {Colouring::Kind::Property, property.name});
         }
-        if (!grid->model().layers.empty())
+        if (!grid->header().layers.empty())
             add(tr("unit"), {Colouring::Kind::Unit, {}});
         add(tr("one colour"), {});
         for (int n = 0; n < colour_by_->count() && wanted < 0; ++n) {

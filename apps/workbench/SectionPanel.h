@@ -22,6 +22,10 @@ public:
     /// Colours the cells by this, when the grid has it.
     void colour_by(const Colouring& colouring);
 
+    /// Axis, section and colours as text, and back; a text without sense changes nothing.
+    [[nodiscard]] QString state() const;
+    void restore_state(const QString& state);
+
 private:
     void fill_colourings();
     void choose_axis();

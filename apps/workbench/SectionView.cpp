@@ -149,7 +149,7 @@ const CellColours& SectionView::colours()
 
 bool SectionView::is_painted(std::int64_t cell) const
 {
-    const GridSize& size = grid()->model().size;
+    const GridSize& size = grid()->header().size;
     return painted_[0].contains(cell % size[0]) || painted_[1].contains(cell / size[0] % size[1]) ||
            painted_[2].contains(cell / (size[0] * size[1]));
 }
@@ -243,7 +243,7 @@ std::optional<std::int64_t> SectionView::cell_at(const QPointF& place)
 
 QString SectionView::title()
 {
-    const GridSize& size = grid()->model().size;
+    const GridSize& size = grid()->header().size;
     const bool across_i = axis_ == SectionAxis::I;
     return tr("%1: %2 section %3 of %4, vertical exaggeration %5")
         .arg(Lodex::to_qstring(grid()->name()), across_i ? QStringLiteral("I") : QStringLiteral("J"),
@@ -253,7 +253,7 @@ QString SectionView::title()
 
 QString SectionView::cell_text(std::int64_t cell)
 {
-    const GridSize& size = grid()->model().size;
+    const GridSize& size = grid()->header().size;
     const QString place = tr("Cell I %1, J %2, K %3")
                               .arg(QString::number(cell % size[0] + 1), QString::number(cell / size[0] % size[1] + 1),
                                    QString::number(cell / (size[0] * size[1]) + 1));
@@ -305,7 +305,7 @@ void SectionView::draw_painted(QPainter& painter)
 {
     if (!paints_anything())
         return;
-    const GridSize& size = grid()->model().size;
+    const GridSize& size = grid()->header().size;
     const Mapping map = mapping();
     std::vector<QLineF> edges;
     painter.setPen(Qt::NoPen);

@@ -1,6 +1,6 @@
 #include "ShortcutsDialog.h"
 
-#include "HelpKey.h"
+#include "lodex/xtools/HelpKey.h"
 
 #include <QAction>
 #include <QDialogButtonBox>
@@ -24,7 +24,7 @@ QString plain(QString text)
 ShortcutsDialog::ShortcutsDialog(const QList<Row>& rows, QWidget* parent) : QDialog(parent)
 {
     setObjectName("shortcutsDialog");
-    set_help_anchor(*this, "shortcuts");
+    set_help_page(*this, "reference/shortcuts.html");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Actions and shortcuts"));
     auto* search = new QLineEdit(this);
@@ -76,7 +76,7 @@ ShortcutsDialog::ShortcutsDialog(const QList<Row>& rows, QWidget* parent) : QDia
     layout->addWidget(search);
     layout->addWidget(table, 1);
     layout->addWidget(buttons);
-    resize(860, 620);
+    resize(1000, 640);
 }
 
 } // namespace lodex

@@ -4,8 +4,10 @@
 #include "MainWindow.h"
 #include "Theme.h"
 #include "Translations.h"
+#include "Workbench.h"
 #include "lodex/appli/GuiServices.h"
 #include "lodex/gviews/CameraView.h"
+#include "lodex/utils/Version.h"
 
 #include <Lodex/gui/Lodex_gui_init.h>
 
@@ -17,6 +19,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <clocale>
 #include <iostream>
 #include <string>
@@ -31,14 +34,16 @@ struct Options {
     std::vector<std::string> models;
     std::string headless; ///< folder for the results; empty: open the window
     std::string language; ///< of menus and windows; empty: the user's choice, else the desktop's
+    double keep_after = 20; ///< seconds
 };
 
 /// Nothing when the program shall end with `status`.
 bool read_options(int argc, char** argv, Options& options, int& status)
 {
-    CLI::App app{"Opens the workbench, on the example field when no model is given.", "lodex-workbench"};
-    app.set_version_flag("--version", std::string("lodex-workbench ") + LODEX_VERSION);
-    app.add_option("MODEL", options.models, "Model files to import")->check(CLI::ExistingFile);
+    CLI::App app{"Opens the workbench, on the last project or the example field when no file is given.",
+                 "lodex-workbench"};
+    app.set_version_flag("--version", std::string("lodex-workbench ") + lodex::program_version());
+    app.add_option("MODEL", options.models, "Model files to import, or a project file to open")->check(CLI::ExistingFile);
     app.add_option(
            "--headless", options.headless,
            "Work without a display: coarsen the example field through the dialog, carry its properties over, compare, "
@@ -46,6 +51,10 @@ bool read_options(int argc, char** argv, Options& options, int& status)
         ->excludes("MODEL");
     app.add_option("--language", options.language,
                    "Language of menus and windows, such as fr; commands stay as they are");
+    app.add_option("--keep-after", options.keep_after,
+                   "Seconds after a change until a copy is kept for recovery, while nothing is touched")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
     try {
         app.parse(argc, argv);
         return true;
@@ -70,15 +79,15 @@ void pass_on_message(QtMsgType type, const QMessageLogContext& context, const QS
         std::cerr << qFormatLogMessage(type, context, text).toStdString() << '\n';
 }
 
-void open_first(lodex::MainWindow& window, const std::vector<std::string>& models)
+lodex::Workbench::Options workbench_options(const Options& options)
 {
-    QStringList paths;
-    for (const std::string& model : models)
-        paths.append(QString::fromStdString(model));
-    if (!paths.isEmpty())
-        window.import_files(paths);
-    else
-        window.run(QStringLiteral("lodex create example name Example"));
+    lodex::Workbench::Options result;
+    for (const std::string& model : options.models)
+        result.files.append(QString::fromStdString(model));
+    const auto after = std::chrono::milliseconds(static_cast<long>(options.keep_after * 1000));
+    result.times.settle = after;
+    result.times.idle = std::min(result.times.idle, after);
+    return result;
 }
 
 /// Theme and language, as asked for now, chosen before, or as the desktop has them.
@@ -86,8 +95,8 @@ void use_choices(const std::string& language)
 {
     const auto settings = lodex::MainWindow::user_settings();
     const int theme = settings->value("theme", 0).toInt();
-    if (theme > 0 && theme <= static_cast<int>(lodex::Theme::Dark))
-        lodex::use_theme(static_cast<lodex::Theme>(theme));
+    lodex::use_theme(theme > 0 && theme <= static_cast<int>(lodex::Theme::Dark) ? static_cast<lodex::Theme>(theme)
+                                                                                : lodex::Theme::System);
     QStringList wanted = QLocale::system().uiLanguages();
     wanted.prepend(settings->value("language").toString());
     wanted.prepend(QString::fromStdString(language));
@@ -113,7 +122,8 @@ int main(int argc, char** argv)
     QApplication application(argc, argv); // takes the toolkit's own arguments out
     QApplication::setApplicationName(QStringLiteral("lodex-workbench"));
     QApplication::setApplicationDisplayName(QStringLiteral("lodex workbench"));
-    QApplication::setApplicationVersion(QStringLiteral(LODEX_VERSION));
+    QApplication::setApplicationVersion(QString::fromLatin1(lodex::program_version()));
+    QApplication::setDesktopFileName(QStringLiteral("org.lodex.Workbench")); // the menu entry that it belongs to
     std::setlocale(LC_NUMERIC, "C"); // numbers in fields, commands and files read alike everywhere
     QLocale::setDefault(QLocale::c());
     if (!read_options(argc, argv, options, status))
@@ -127,9 +137,10 @@ int main(int argc, char** argv)
     use_choices(options.language);
 
     const lodex::GuiServices services;
-    lodex::MainWindow window(nullptr, lodex::MainWindow::Memory::Settings);
-    QObject::connect(&window, &lodex::MainWindow::closed, &application, &QCoreApplication::quit);
-    window.show();
-    QTimer::singleShot(0, &window, [&] { open_first(window, options.models); });
+    QApplication::setQuitOnLastWindowClosed(false); // the window may be made anew
+    lodex::Workbench workbench(workbench_options(options));
+    QObject::connect(&workbench, &lodex::Workbench::closed, &application, &QCoreApplication::quit);
+    workbench.window().show();
+    QTimer::singleShot(0, &workbench, &lodex::Workbench::start);
     return QApplication::exec();
 }

@@ -30,7 +30,7 @@ QPixmap LQPixmapLib::load(const CString& name)
     if (file.isEmpty() || !qGuiApp)
         return {};
     const qreal ratio = qGuiApp->devicePixelRatio();
-    lodex::SvgIconEngine engine(file);
+    lodex::SvgIconEngine engine(file, lodex::SvgIconEngine::Colours::AsDrawn);
     QPixmap picture =
         engine.pixmap((QSizeF(QSvgRenderer(file).defaultSize()) * ratio).toSize(), QIcon::Normal, QIcon::Off);
     picture.setDevicePixelRatio(ratio);

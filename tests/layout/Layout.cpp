@@ -165,9 +165,9 @@ bool is_generated(std::string_view include)
 
 std::string_view library_name(Library library)
 {
-    constexpr std::array<std::string_view, 13> names{
+    constexpr std::array<std::string_view, 14> names{
         "the standard library", "the system", "Qt",  "VTK",            "TBB",        "Eigen",            "HDF5",
-        "the command line library", "JSON",   "fmt", "the test library", "the benchmark library", "an unknown library"};
+        "libdeflate", "the command line library", "JSON",   "fmt", "the test library", "the benchmark library", "an unknown library"};
     return names[static_cast<std::size_t>(library)];
 }
 
@@ -350,6 +350,8 @@ Library library_of(std::string_view header)
     }
     if (header.starts_with("H5") && header.ends_with(".h"))
         return Library::Hdf5;
+    if (header == "libdeflate.h")
+        return Library::Deflate;
     return Library::Unknown;
 }
 

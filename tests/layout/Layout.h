@@ -19,6 +19,7 @@ enum class Library {
     Tbb,
     Eigen,
     Hdf5,
+    Deflate,
     CommandLine,
     Json,
     Text, ///< formatting and logging

@@ -10,7 +10,7 @@ using Libraries = std::set<Library>;
 
 const Libraries widget_toolkit{Qt, Vtk};
 const Libraries every_library{Standard, System, Qt,   Vtk,  Tbb,  Eigen,
-                              Hdf5,     CommandLine, Json, Text, Test, Benchmark};
+                              Hdf5,     Deflate, CommandLine, Json, Text, Test, Benchmark};
 
 Libraries without(Libraries all, const Libraries& some)
 {
@@ -29,7 +29,8 @@ Rule qt_free(std::string folder, Folders below, Libraries libraries, Folders nev
 
 std::vector<Rule> make_rules()
 {
-    const Folders no_qt_host{"lodex/utils", "lodex/geobase", "lodex/interpreter", "lodex/volumes", "lodex/gridio"};
+    const Folders no_qt_host{"lodex/utils", "lodex/geobase", "lodex/interpreter", "lodex/volumes", "lodex/gridio",
+                             "lodex/project"};
     const auto with = [](Folders folders, const Folders& more) {
         folders.insert(folders.end(), more.begin(), more.end());
         return folders;
@@ -63,7 +64,9 @@ std::vector<Rule> make_rules()
         qt_free("lodex/volumes", {"lodex/utils", "lodex/geobase", "lodex/interpreter", "upscaling"},
                 {Tbb, Eigen, Json}),
         qt_free("lodex/gridio", {"lodex/utils", "lodex/geobase", "lodex/interpreter", "lodex/volumes", "upscaling"},
-                {Tbb, Json, Hdf5}),
+                {Tbb, Json}),
+        qt_free("lodex/project", {"lodex/utils", "lodex/geobase", "lodex/interpreter", "lodex/volumes"},
+                {Tbb, Json, Hdf5, Deflate}),
 
         // The embedded host's windows
         {"lodex/qtools", with(no_qt_host, {"host"}), {Standard, System, Text, Qt}, {}, {Vtk}},
@@ -91,6 +94,10 @@ std::vector<Rule> make_rules()
          {},
          {}},
         {"bench", {""}, without(every_library, {Qt, Vtk, Test}), {}, widget_toolkit},
+        {"bench/camera", {""}, without(every_library, {Test}), {}, {}},
+
+        // Programs on the installed libraries: interfaces and dialogs alone
+        {"examples", {"host", "sgresize", "flowunit", "propertyupscale"}, {Standard, Qt}, {"lodex"}, {Vtk}},
 
         // What builds with the thread sanitizer use in place of a library
         {"cmake", {}, {Standard}, {}, widget_toolkit},
@@ -100,7 +107,7 @@ std::vector<Rule> make_rules()
         {"tests/support", {"host"}, {Standard, Qt, Test}, {}, {}},
     };
     for (const char* folder : {"qtools", "xtools", "gviews", "gviews_camera", "appli", "frame", "sgresize", "flowunit",
-                               "propertyupscale", "workbench", "workbench_camera"})
+                               "propertyupscale", "workbench", "workbench_camera", "guide", "guide_pictures"})
         rules.push_back({std::string("tests/") + folder, {""}, every_library, {}, {}});
     // An independent reader of what the exporter writes.
     rules.push_back({"tests/gridio_vtk", {""}, without(every_library, {Qt}), {}, {Qt}});

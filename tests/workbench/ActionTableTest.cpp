@@ -5,6 +5,7 @@
 #include "apps/workbench/MainWindow.h"
 #include "apps/workbench/SectionPanel.h"
 #include "apps/workbench/ShortcutsDialog.h"
+#include "apps/workbench/Theme.h"
 #include "apps/workbench/plots/NumbersWindow.h"
 #include "lodex/qtools/MainWindowRegistry.h"
 
@@ -17,6 +18,8 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTimer>
 #include <QTreeWidget>
@@ -106,7 +109,7 @@ TEST_F(ActionTableTest, IdsAndShortcutsAreUniqueAndEverythingHasTexts)
     }
     EXPECT_GE(ids.size(), 25u);
     EXPECT_EQ(main_window(), &window);
-    EXPECT_EQ(action("contents")->shortcut(), QKeySequence(Qt::Key_F1));
+    EXPECT_EQ(action("helpHere")->shortcut(), QKeySequence(Qt::Key_F1));
     EXPECT_EQ(action("endTool")->shortcut(), QKeySequence(Qt::Key_Escape));
 }
 
@@ -144,8 +147,8 @@ TEST_F(ActionTableTest, ContextMenusFitWhatIsSelected)
     EXPECT_EQ(grid, QStringList({"export", "show", "mergeSections", "subdivideSections", "upscaleGrid", "downscaleGrid",
                                  "upscaleProperty", "flowUnits", "numbers", "compare", "report", "rename", "destroy"}));
     EXPECT_EQ(context_of({Kind::Property, "Box", "PORO"}),
-              QStringList({"show", "upscaleProperty", "flowUnits", "numbers", "compare"}));
-    EXPECT_EQ(context_of({Kind::Region, "Box", "low"}), QStringList({"show", "numbers"}));
+              QStringList({"show", "upscaleProperty", "flowUnits", "numbers", "compare", "rename", "destroy"}));
+    EXPECT_EQ(context_of({Kind::Region, "Box", "low"}), QStringList({"show", "numbers", "rename", "destroy"}));
     EXPECT_EQ(context_of({Kind::Unit, "Box", "Lower", 1}), QStringList({"show"}));
     EXPECT_EQ(context_of({Kind::Activity, "Box", "halves", 0}), QStringList({"applyCoarsening"}));
     EXPECT_TRUE(action("applyCoarsening")->isEnabled());
@@ -215,6 +218,90 @@ TEST_F(ActionTableTest, ActionsWorkOnTheSelectedObject)
     EXPECT_NE(find_grid("Renamed"), nullptr);
     EXPECT_EQ(find_grid("First"), nullptr);
     EXPECT_NE(find_grid("Second"), nullptr);
+}
+
+TEST_F(ActionTableTest, PropertiesAndRegionsAreRenamedAndDestroyed)
+{
+    CornerPointGrid* const grid = add_whole_box("My Box");
+    const auto rename_to = [](const QString& name) {
+        QTimer::singleShot(0, qApp, [name] {
+            auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            dialog->setTextValue(name);
+            dialog->accept();
+        });
+    };
+    const auto press = [](const char* button) {
+        QTimer::singleShot(0, qApp, [button] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(box, nullptr);
+            box->findChild<QPushButton*>(button)->click();
+        });
+    };
+    window.show_property("My Box", "PORO");
+    rename_to("Porosity of it");
+    action("rename")->trigger();
+    EXPECT_NE(grid->model().find_property("Porosity of it"), nullptr);
+    EXPECT_EQ(window.tree()->item(), (TreeItem{Kind::Property, "My Box", "Porosity of it"}));
+    EXPECT_EQ(window.camera()->display(grid).colour, ColourBy::of_property("Porosity of it")) << "still shown";
+    press("destroyNo");
+    action("destroy")->trigger();
+    EXPECT_NE(grid->model().find_property("Porosity of it"), nullptr);
+    press("destroyYes");
+    action("destroy")->trigger();
+    EXPECT_EQ(grid->model().find_property("Porosity of it"), nullptr);
+    EXPECT_EQ(find_grid("My Box"), grid) << "the grid stays";
+
+    window.tree()->select(TreeItem{Kind::Region, "My Box", "low"});
+    rename_to("deep");
+    action("rename")->trigger();
+    EXPECT_NE(grid->model().find_region("deep"), nullptr);
+    EXPECT_EQ(window.tree()->item(), (TreeItem{Kind::Region, "My Box", "deep"}));
+    press("destroyYes");
+    action("destroy")->trigger();
+    EXPECT_EQ(grid->model().find_region("deep"), nullptr);
+
+    window.tree()->select(TreeItem{Kind::Unit, "My Box", "Lower", 1});
+    EXPECT_FALSE(action("rename")->isEnabled());
+    EXPECT_FALSE(action("destroy")->isEnabled());
+    window.tree()->select("My Box");
+    press("destroyYes");
+    action("destroy")->trigger();
+    EXPECT_EQ(find_grid("My Box"), nullptr);
+}
+
+TEST_F(ActionTableTest, EveryActionHasAPictureThatShowsOnLightAndDarkGround)
+{
+    const auto inked = [](const QIcon& icon) {
+        const QImage image = icon.pixmap(24, 24).toImage().convertToFormat(QImage::Format_ARGB32);
+        int pixels = 0, lightness = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor colour = image.pixelColor(x, y);
+                if (colour.alpha() > 128) {
+                    ++pixels;
+                    lightness += colour.lightness();
+                }
+            }
+        }
+        return std::pair(pixels, pixels ? lightness / pixels : 0);
+    };
+    for (const Theme theme : {Theme::Light, Theme::Dark}) {
+        use_theme(theme);
+        const int ground = QApplication::palette().color(QPalette::Button).lightness();
+        for (const char* id :
+             {"newProject", "openProject", "saveProject", "saveProjectAs", "import", "export", "runScript",
+              "saveJournal", "quit", "show", "mergeSections", "subdivideSections", "upscaleGrid", "downscaleGrid",
+              "upscaleProperty", "flowUnits", "applyCoarsening", "numbers", "compare", "report", "rename", "destroy",
+              "fit", "allCells", "editLegend", "savePicture", "endTool", "commandLine", "helpHere", "contents", "shortcuts",
+              "verbs", "about"}) {
+            ASSERT_FALSE(action(id)->icon().isNull()) << id;
+            const auto [pixels, lightness] = inked(action(id)->icon());
+            EXPECT_GT(pixels, 30) << id;
+            EXPECT_GT(std::abs(lightness - ground), 45) << id << (theme == Theme::Dark ? " dark" : " light");
+        }
+    }
+    use_theme(Theme::System);
 }
 
 TEST_F(ActionTableTest, TheShortcutsPageIsMadeFromTheTable)

@@ -11,6 +11,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QPointer>
@@ -197,10 +198,14 @@ TEST_F(WindowLifeTest, ABrokenFileGivesAMessageAndTheWindowGoesOn)
         problems = now;
         QMimeData data;
         data.setUrls({QUrl::fromLocalFile(path)});
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window, &enter);
         QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(&window, &drop);
         settle();
-        problems = messages.of(LogLevel::Error).size() + messages.of(LogLevel::Fatal).size();
+        const std::size_t after = messages.of(LogLevel::Error).size() + messages.of(LogLevel::Fatal).size();
+        EXPECT_GT(after, problems) << name << ", dropped";
+        problems = after;
         EXPECT_TRUE(Lodex::GeobaseLib::instance()->objects(Lodex::SGrid::static_type_id_()).empty()) << name;
     }
     EXPECT_TRUE(window.statusBar()->currentMessage().contains("could not be imported"));

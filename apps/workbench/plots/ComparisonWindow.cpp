@@ -1,10 +1,10 @@
 #include "ComparisonWindow.h"
 
-#include "apps/workbench/HelpKey.h"
 #include "Plots.h"
 #include "lodex/interpreter/Interpreter.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/model/PropertyTools.h"
+#include "lodex/xtools/HelpKey.h"
 
 #include <Lodex/qtools/QtText.h>
 #include <Lodex/utils/COSNameList.h>
@@ -63,7 +63,7 @@ bool spans_decades(const std::vector<double>& numbers)
 ComparisonWindow::ComparisonWindow(QWidget* parent) : QDialog(parent)
 {
     setObjectName("comparisonWindow");
-    set_help_anchor(*this, "comparison");
+    set_help_page(*this, "user-doc/comparison.html");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowFlag(Qt::WindowMaximizeButtonHint);
     setWindowTitle(tr("Compare fine with coarse"));
@@ -208,12 +208,18 @@ void ComparisonWindow::refill()
 void ComparisonWindow::refill_properties()
 {
     const auto fill = [this](const QComboBox* grids, QComboBox* properties) {
+        const CornerPointGrid* const one = grid(grids);
         QStringList names;
-        if (const CornerPointGrid* one = grid(grids))
-            for (const PropertyData& property : one->model().properties)
+        if (one)
+            for (const PropertyData& property : one->header().properties)
                 if (!property.on_points)
                     names.append(QString::fromStdString(property.name));
+        const QString former = properties->currentText();
         set_entries(properties, names);
+        if (one && !names.contains(former)) {
+            const QSignalBlocker silent(properties);
+            choose_entry(properties, first_property(*one));
+        }
     };
     fill(fine_, fine_property_);
     fill(coarse_, coarse_property_);
@@ -310,7 +316,7 @@ void ComparisonWindow::compare()
     }
     const bool logarithmic = spans_decades(pairs.x) && spans_decades(pairs.y);
     plot_->show_pairs(std::move(pairs), tr("Mean of the fine cells"), tr("Coarse value"), logarithmic, logarithmic);
-    const GridSize& size = coarse->model().size;
+    const GridSize& size = coarse->header().size;
     const std::int64_t at = result.largest_cell;
     verdict_->setText(result.compared == 0
                           ? tr("No coarse cell has fine cells with values.")

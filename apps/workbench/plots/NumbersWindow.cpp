@@ -1,10 +1,10 @@
 #include "NumbersWindow.h"
 
-#include "apps/workbench/HelpKey.h"
 #include "Plots.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/PropertyComparison.h"
 #include "lodex/volumes/model/PropertyTools.h"
+#include "lodex/xtools/HelpKey.h"
 
 #include <Lodex/qtools/QtText.h>
 
@@ -61,7 +61,7 @@ NumbersWindow::NumbersWindow(CornerPointGrid& grid, const QString& property, QWi
     : QDialog(parent), grid_(&grid)
 {
     setObjectName("numbersWindow");
-    set_help_anchor(*this, "numbers");
+    set_help_page(*this, "user-doc/numbers.html");
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowFlag(Qt::WindowMaximizeButtonHint);
     setWindowTitle(tr("Numbers of %1").arg(Lodex::to_qstring(grid.name())));
@@ -92,8 +92,9 @@ NumbersWindow::NumbersWindow(CornerPointGrid& grid, const QString& property, QWi
     resize(920, 560);
 
     refill();
-    if (const int at = property_->findText(property); at >= 0)
-        property_->setCurrentIndex(at);
+    const QString chosen = property_->findText(property) >= 0 ? property : first_property(grid);
+    property_->setCurrentIndex(std::max(0, property_->findText(chosen)));
+    other_->setCurrentIndex(std::max(0, other_->findText(first_property(grid, chosen))));
     follow_property();
     const auto again = [this] { refresh(); };
     connect(property_, &QComboBox::currentIndexChanged, this, [this] {
@@ -224,10 +225,10 @@ void NumbersWindow::refill()
     if (!grid_)
         return;
     QStringList properties, regions{tr("everywhere")};
-    for (const PropertyData& property : grid_->model().properties)
+    for (const PropertyData& property : grid_->header().properties)
         if (!property.on_points)
             properties.append(QString::fromStdString(property.name));
-    for (const RegionData& region : grid_->model().regions)
+    for (const RegionData& region : grid_->header().regions)
         regions.append(QString::fromStdString(region.name));
     set_entries(property_, properties);
     set_entries(other_, properties);

@@ -161,4 +161,19 @@ CrossPairs cross_pairs(const PlotCells& cells, const PropertyData& x, const Prop
     return result;
 }
 
+QString first_property(const CornerPointGrid& grid, const QString& besides)
+{
+    QString first;
+    for (const PropertyData& property : grid.header().properties) {
+        const QString name = QString::fromStdString(property.name);
+        if (property.on_points)
+            continue;
+        if (!property.discrete() && name != besides)
+            return name;
+        if (first.isEmpty())
+            first = name;
+    }
+    return first;
+}
+
 } // namespace lodex

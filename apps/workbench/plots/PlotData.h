@@ -2,6 +2,8 @@
 
 #include "lodex/volumes/CornerPointGrid.h"
 
+#include <QString>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -47,5 +49,9 @@ struct CrossPairs {
 
 [[nodiscard]] CrossPairs cross_pairs(const PlotCells& cells, const PropertyData& x, const PropertyData& y,
                                      std::size_t most);
+
+/// The cell property that plots and comparisons begin with: the first continuous one that is not `besides`, else the
+/// first one. Empty when there is none.
+[[nodiscard]] QString first_property(const CornerPointGrid& grid, const QString& besides = {});
 
 } // namespace lodex

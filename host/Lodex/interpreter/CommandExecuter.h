@@ -21,8 +21,11 @@ public:
     [[nodiscard]] static CommandLib* instance();
 
     virtual ~CommandLib() = default;
-    /// Never null; owned by the library.
+    /// Never null; not owned by the caller.
     [[nodiscard]] virtual CommandExecuter* cmd_executer() = 0;
+    /// Puts a host's own executer in place, such as one that records or checks each command before it passes it on; null
+    /// puts the library's own one back. Not owned. Returns the one that was in use.
+    virtual CommandExecuter* set_cmd_executer(CommandExecuter* executer) = 0;
 };
 
 /// Runs command text as if the user had typed it.
