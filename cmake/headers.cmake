@@ -1,5 +1,5 @@
-# Headers that most sources include, compiled once and shared by all targets of the same kind; each source still includes
-# what it uses, so that everything builds without them (CMAKE_DISABLE_PRECOMPILE_HEADERS) as well.
+# Headers that most sources include, compiled once and shared by all targets of the same kind; each source still
+# includes what it uses, so that everything builds without them (CMAKE_DISABLE_PRECOMPILE_HEADERS) as well.
 
 set(STANDARD_HEADERS <algorithm> <array> <atomic> <bit> <cmath> <cstdint> <cstring> <filesystem> <fstream> <functional>
     <iostream> <limits> <map> <memory> <optional> <set> <span> <sstream> <stdexcept> <string> <string_view> <utility>

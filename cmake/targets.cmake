@@ -20,13 +20,14 @@ endif()
 # shipped_library(NAME)
 # A shared library that is installed. Releases of one minor version fit each other.
 function(shipped_library NAME)
-  set_target_properties(${NAME} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+  set_target_properties(${NAME} PROPERTIES VERSION ${PROJECT_VERSION}
+                        SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   set_property(GLOBAL APPEND PROPERTY LODEX_LIBRARIES ${NAME})
 endfunction()
 
 # project_library(NAME [QT [OWN_HEADERS]] [LINK targets...] [PUBLIC_LINK targets...])
-# A shared library of all sources of the current folder and of its verbs/. A new source file is found by itself. OWN_HEADERS
-# is for definitions that change what the toolkit's headers say: their compiled form is then not shared.
+# A shared library of all sources of the current folder and of its verbs/. A new source file is found by itself.
+# OWN_HEADERS is for definitions that change what the toolkit's headers say: their compiled form is then not shared.
 function(project_library NAME)
   cmake_parse_arguments(ARG "QT;OWN_HEADERS" "" "LINK;PUBLIC_LINK" ${ARGN})
   file(GLOB SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h

@@ -1909,17 +1909,6 @@ en fusionnant les mailles d&apos;une grille</translation>
     </message>
 </context>
 <context>
-    <name>lodex::CellColours</name>
-    <message>
-        <source>unit</source>
-        <translation>unité</translation>
-    </message>
-    <message>
-        <source>undefined</source>
-        <translation>indéfini</translation>
-    </message>
-</context>
-<context>
     <name>lodex::CellInfo</name>
     <message>
         <source>undefined</source>

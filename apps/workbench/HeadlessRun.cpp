@@ -1,9 +1,9 @@
 #include "HeadlessRun.h"
 
-#include "CellColours.h"
 #include "DisplayPanel.h"
 #include "JournalView.h"
 #include "MainWindow.h"
+#include "NumberTexts.h"
 #include "SectionPanel.h"
 #include "plots/ComparisonWindow.h"
 #include "plots/NumbersWindow.h"
@@ -284,7 +284,7 @@ private:
     {
         window_.tree()->select(QString::fromStdString(name));
         window_.display()->colour_by(ColourBy::of_property("PORO"));
-        window_.section()->colour_by({Colouring::Kind::Property, "PORO"});
+        window_.section()->colour_by({ColourBy::Kind::Property, "PORO"});
         let_events_run();
         save_section(file(start + "_grid.png", what + ", a section"));
         CameraView& camera = *window_.camera();

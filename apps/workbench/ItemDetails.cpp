@@ -1,6 +1,6 @@
 #include "ItemDetails.h"
 
-#include "CellColours.h"
+#include "NumberTexts.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/ActivityModel.h"
 #include "lodex/volumes/CornerPointGrid.h"

@@ -463,7 +463,7 @@ void MainWindow::show_property(const QString& grid, const QString& property)
 {
     tree_->select(TreeItem{.kind = TreeItem::Kind::Property, .grid = grid, .name = property});
     display_->colour_by(ColourBy::of_property(property.toStdString()));
-    section_->colour_by({Colouring::Kind::Property, property.toStdString()});
+    section_->colour_by(ColourBy::of_property(property.toStdString()));
 }
 
 void MainWindow::select_grid(CornerPointGrid* grid)

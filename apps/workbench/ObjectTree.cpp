@@ -1,6 +1,6 @@
 #include "ObjectTree.h"
 
-#include "CellColours.h"
+#include "NumberTexts.h"
 #include "lodex/volumes/ActivityModel.h"
 #include "lodex/volumes/CornerPointGrid.h"
 

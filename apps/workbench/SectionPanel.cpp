@@ -60,7 +60,7 @@ SectionPanel::SectionPanel(QWidget* parent)
     connect(number_, &QSpinBox::valueChanged, this, &SectionPanel::choose_section);
     connect(colour_by_, &QComboBox::currentIndexChanged, this, &SectionPanel::choose_colouring);
     connect(colour_by_, &QComboBox::activated, this,
-            [this] { wanted_ = colour_by_->currentData().value<Colouring>(); });
+            [this] { wanted_ = colour_by_->currentData().value<ColourBy>(); });
     set_grid(nullptr);
 }
 
@@ -79,10 +79,10 @@ void SectionPanel::set_grid(CornerPointGrid* grid)
     fill_colourings();
 }
 
-void SectionPanel::colour_by(const Colouring& colouring)
+void SectionPanel::colour_by(const ColourBy& colouring)
 {
     for (int n = 0; n < colour_by_->count(); ++n) {
-        if (colour_by_->itemData(n).value<Colouring>() == colouring) {
+        if (colour_by_->itemData(n).value<ColourBy>() == colouring) {
             wanted_ = colouring;
             colour_by_->setCurrentIndex(n);
             return;
@@ -92,7 +92,7 @@ void SectionPanel::colour_by(const Colouring& colouring)
 
 QString SectionPanel::state() const
 {
-    const auto colouring = colour_by_->currentData().value<Colouring>();
+    const auto colouring = colour_by_->currentData().value<ColourBy>();
     return QStringLiteral("%1 %2 %3 %4")
         .arg(static_cast<int>(axis()))
         .arg(number_->value())
@@ -108,12 +108,12 @@ void SectionPanel::restore_state(const QString& state)
     const int kind = state.section(u' ', 2, 2).toInt(&kind_read);
     const int row = axis_->findData(axis);
     if (!axis_read || !number_read || !kind_read || row < 0 || kind < 0 ||
-        kind > static_cast<int>(Colouring::Kind::Property))
+        kind > static_cast<int>(ColourBy::Kind::Property))
         return;
     axis_->setCurrentIndex(row);
     if (number >= number_->minimum() && number <= number_->maximum())
         choose_section(number);
-    colour_by({static_cast<Colouring::Kind>(kind), state.section(u' ', 3).toStdString()});
+    colour_by({static_cast<ColourBy::Kind>(kind), state.section(u' ', 3).toStdString()});
 }
 
 void SectionPanel::choose_axis()
@@ -148,7 +148,7 @@ void SectionPanel::fill_colourings()
     const auto* grid = static_cast<CornerPointGrid*>(grid_watch_.observed());
     const QSignalBlocker quiet(colour_by_);
     colour_by_->clear();
-    const auto add = [this](const QString& text, const Colouring& colouring) {
+    const auto add = [this](const QString& text, const ColourBy& colouring) {
         colour_by_->addItem(text, QVariant::fromValue(colouring));
     };
     int first_continuous = -1, wanted = -1;
@@ -158,13 +158,13 @@ void SectionPanel::fill_colourings()
                 continue;
             if (!property.discrete() && first_continuous < 0)
                 first_continuous = colour_by_->count();
-            add(QString::fromStdString(property.name), {Colouring::Kind::Property, property.name});
+            add(QString::fromStdString(property.name), {ColourBy::Kind::Property, property.name});
         }
         if (!grid->header().layers.empty())
-            add(tr("unit"), {Colouring::Kind::Unit, {}});
+            add(tr("unit"), {ColourBy::Kind::Unit, {}});
         add(tr("one colour"), {});
         for (int n = 0; n < colour_by_->count() && wanted < 0; ++n) {
-            if (colour_by_->itemData(n).value<Colouring>() == wanted_)
+            if (colour_by_->itemData(n).value<ColourBy>() == wanted_)
                 wanted = n;
         }
         colour_by_->setCurrentIndex(wanted >= 0 ? wanted : std::max(first_continuous, 0));
@@ -174,7 +174,7 @@ void SectionPanel::fill_colourings()
 
 void SectionPanel::choose_colouring()
 {
-    view_->set_colouring(colour_by_->currentData().value<Colouring>());
+    view_->set_colouring(colour_by_->currentData().value<ColourBy>());
 }
 
 } // namespace lodex

@@ -20,7 +20,7 @@ public:
     void set_grid(CornerPointGrid* grid);
     [[nodiscard]] SectionView* view() const { return view_; }
     /// Colours the cells by this, when the grid has it.
-    void colour_by(const Colouring& colouring);
+    void colour_by(const ColourBy& colouring);
 
     /// Axis, section and colours as text, and back; a text without sense changes nothing.
     [[nodiscard]] QString state() const;
@@ -41,7 +41,7 @@ private:
     SectionView* view_;
     GridWatch grid_watch_;
     std::array<int, 2> chosen_{};                     // by the user, for each axis, 1-based; 0: none yet
-    Colouring wanted_{Colouring::Kind::Property, {}}; // what the user chose last, kept over grids that lack it
+    ColourBy wanted_{ColourBy::Kind::Property, {}}; // what the user chose last, kept over grids that lack it
 };
 
 } // namespace lodex

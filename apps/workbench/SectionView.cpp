@@ -1,9 +1,13 @@
 #include "SectionView.h"
 
+#include "NumberTexts.h"
+
+#include "lodex/gviews/ColourScale.h"
 #include "lodex/utils/CameraList.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
 
+#include <Lodex/geobase/Property.h>
 #include <Lodex/qtools/QtText.h>
 
 #include <QHelpEvent>
@@ -64,6 +68,7 @@ SectionView::SectionView(QWidget* parent) : QWidget(parent)
     grid_watch_.changed = [this] { grid_changed(); };
     grid_watch_.gone = [this] { set_grid(nullptr); };
     style_watch_.changed = [this] { read_painted(); };
+    property_style_watch_.changed = [this] { colours_changed(); };
     add_camera(this);
 }
 
@@ -88,9 +93,22 @@ void SectionView::set_grid(CornerPointGrid* grid)
 void SectionView::grid_changed()
 {
     section_.reset();
+    watch_property();
+    colours_changed();
+}
+
+void SectionView::colours_changed()
+{
     colours_.reset();
     picture_ = {};
     update();
+}
+
+void SectionView::watch_property()
+{
+    const bool by_property = grid() && colouring_.kind == ColourBy::Kind::Property;
+    const Lodex::Property* property = by_property ? grid()->property_db()->find(colouring_.property) : nullptr;
+    property_style_watch_.observe(property ? property->style() : nullptr);
 }
 
 void SectionView::set_section(SectionAxis axis, std::int64_t index)
@@ -104,14 +122,13 @@ void SectionView::set_section(SectionAxis axis, std::int64_t index)
     update();
 }
 
-void SectionView::set_colouring(const Colouring& colouring)
+void SectionView::set_colouring(const ColourBy& colouring)
 {
     if (colouring == colouring_)
         return;
     colouring_ = colouring;
-    colours_.reset();
-    picture_ = {};
-    update();
+    watch_property();
+    colours_changed();
 }
 
 void SectionView::read_painted()
@@ -140,10 +157,10 @@ const Section& SectionView::section()
     return *section_;
 }
 
-const CellColours& SectionView::colours()
+const CellPalette& SectionView::colours()
 {
     if (!colours_)
-        colours_ = grid() ? CellColours(*grid(), colouring_) : CellColours();
+        colours_ = grid() ? CellPalette(*grid(), colouring_) : CellPalette();
     return *colours_;
 }
 
@@ -173,11 +190,11 @@ std::vector<std::int64_t> SectionView::painted_cells()
 
 int SectionView::legend_width()
 {
-    const CellColours& shown = colours();
+    const CellPalette& shown = colours();
     int width = 0;
-    for (const CellColours::Entry& entry : shown.entries())
+    for (const CellPalette::Entry& entry : shown.entries())
         width = std::max(width, fontMetrics().horizontalAdvance(entry.text));
-    for (const CellColours::Tick& mark : shown.ticks())
+    for (const CellPalette::Tick& mark : shown.ticks())
         width = std::max(width, fontMetrics().horizontalAdvance(mark.text));
     if (width == 0)
         return 0;
@@ -257,7 +274,7 @@ QString SectionView::cell_text(std::int64_t cell)
     const QString place = tr("Cell I %1, J %2, K %3")
                               .arg(QString::number(cell % size[0] + 1), QString::number(cell / size[0] % size[1] + 1),
                                    QString::number(cell / (size[0] * size[1]) + 1));
-    const QString value = colours().value_text(cell);
+    const QString value = colours().value_text(static_cast<std::size_t>(cell));
     return value.isEmpty() ? place : QStringLiteral("%1\n%2: %3").arg(place, colours().title(), value);
 }
 
@@ -266,11 +283,12 @@ void SectionView::draw_cells(QPainter& painter)
     const Section& shown = section();
     const Mapping map = mapping();
     const double ratio = picture_.devicePixelRatio();
-    const CellColours& value_colours = colours();
+    const CellPalette& value_colours = colours();
     const QColor background = palette().color(QPalette::Base);
     const bool fades = paints_anything();
     const auto colour = [&](std::int64_t cell) {
-        const QRgb full = value_colours.of(cell);
+        const auto [red, green, blue] = value_colours.of(static_cast<std::size_t>(cell));
+        const QRgb full = qRgb(red, green, blue);
         return fades && !is_painted(cell) ? blend(full, background, faded) : full;
     };
     painter.setPen(Qt::NoPen);
@@ -346,13 +364,13 @@ void SectionView::draw_axes(QPainter& painter)
     const Mapping map = mapping();
     const auto text_of = [](double number) { return QString::fromStdString(format_general(number, 6)); };
     const int across = std::clamp(static_cast<int>(area.width()) / (10 * fontMetrics().averageCharWidth()), 2, 10);
-    for (const double distance : round_numbers(map.first_distance, static_cast<double>(shown.last_distance), across)) {
+    for (const double distance : round_ticks(map.first_distance, static_cast<double>(shown.last_distance), across)) {
         const double x = map.at(distance, 0).x();
         painter.drawLine(QPointF(x, area.bottom()), QPointF(x, area.bottom() + tick));
         painter.drawText(QRectF(x - 60, area.bottom() + tick, 120, line), Qt::AlignCenter, text_of(distance));
     }
     const int down = std::clamp(static_cast<int>(area.height()) / (3 * line), 2, 10);
-    for (const double depth : round_numbers(map.top, static_cast<double>(shown.base), down)) {
+    for (const double depth : round_ticks(map.top, static_cast<double>(shown.base), down)) {
         const double y = map.at(0, depth).y();
         painter.drawLine(QPointF(area.left() - tick, y), QPointF(area.left(), y));
         painter.drawText(QRectF(0, y - line / 2.0, area.left() - tick - 3, line), Qt::AlignRight | Qt::AlignVCenter,
@@ -378,7 +396,7 @@ void SectionView::draw_axes(QPainter& painter)
 
 void SectionView::draw_legend(QPainter& painter)
 {
-    const CellColours& shown = colours();
+    const CellPalette& shown = colours();
     const int available = legend_width();
     if (available == 0)
         return;
@@ -401,7 +419,7 @@ void SectionView::draw_legend(QPainter& painter)
         for (int n = 0; n <= 32; ++n)
             gradient.setColorAt(n / 32.0, shown.scale_colour(n / 32.0));
         painter.fillRect(QRectF(left, y, swatch, height), gradient);
-        for (const CellColours::Tick& mark : shown.ticks()) {
+        for (const CellPalette::Tick& mark : shown.ticks()) {
             const double at = y + height * (1 - mark.place);
             painter.drawLine(QPointF(left + swatch, at), QPointF(left + swatch + tick - 1, at));
             text_at(at, mark.text);
@@ -415,7 +433,7 @@ void SectionView::draw_legend(QPainter& painter)
     QColor soft = palette().color(QPalette::Text);
     soft.setAlphaF(0.4f);
     for (std::size_t n = 0; n < listed; ++n, y += step) {
-        const CellColours::Entry& entry = shown.entries()[n];
+        const CellPalette::Entry& entry = shown.entries()[n];
         painter.setPen(soft);
         painter.setBrush(entry.colour);
         painter.drawRect(QRectF(left, y, swatch, swatch));

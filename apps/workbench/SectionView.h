@@ -1,9 +1,10 @@
 #pragma once
 
-#include "CellColours.h"
 #include "PaintedSections.h"
 #include "Section.h"
 #include "Watch.h"
+
+#include "lodex/gviews/CellPalette.h"
 
 #include <Lodex/gviews/Camera.h>
 
@@ -17,7 +18,8 @@ namespace lodex {
 class CornerPointGrid;
 
 /// Shows one vertical section of a grid: each active cell as it stands between its pillars, distance along the section
-/// against depth, stretched to fill the view. Follows the grid and the painted sections of its style by itself.
+/// against depth, stretched to fill the view. Follows the grid and the painted sections of its style, and the
+/// colours of the shown property, by itself.
 class SectionView final : public QWidget, public Lodex::Camera {
     Q_OBJECT
 
@@ -30,11 +32,11 @@ public:
     [[nodiscard]] CornerPointGrid* grid() const;
     /// 0-based; an index outside the grid shows nothing.
     void set_section(SectionAxis axis, std::int64_t index);
-    void set_colouring(const Colouring& colouring);
+    void set_colouring(const ColourBy& colouring);
 
     /// What is shown now.
     [[nodiscard]] const Section& section();
-    [[nodiscard]] const CellColours& colours();
+    [[nodiscard]] const CellPalette& colours();
     /// Linear indices of the shown cells that belong to a painted section, in the order of section().
     [[nodiscard]] std::vector<std::int64_t> painted_cells();
     /// Index of the cell drawn at a place of the widget; nothing where there is none.
@@ -57,6 +59,9 @@ protected:
 private:
     void grid_changed();
     void read_painted();
+    void colours_changed();
+    /// Follows the style of the property that the cells are coloured by.
+    void watch_property();
     [[nodiscard]] bool is_painted(std::int64_t cell) const;
     [[nodiscard]] bool paints_anything() const;
     /// From the section to the widget.
@@ -85,11 +90,12 @@ private:
 
     GridWatch grid_watch_;
     StyleWatch style_watch_;
+    StyleWatch property_style_watch_;
     SectionAxis axis_ = SectionAxis::J;
     std::int64_t index_ = 0;
-    Colouring colouring_;
+    ColourBy colouring_;
     std::optional<Section> section_; // made when it is needed
-    std::optional<CellColours> colours_;
+    std::optional<CellPalette> colours_;
     PaintedSections painted_;
     QImage picture_; // null: to be drawn again
 };

@@ -1,5 +1,5 @@
-// The installed tree as its users meet it: programs that run from wherever the tree is put, one version everywhere, files for the
-// desktop, and libraries that another host program is built on.
+// The installed tree as its users meet it: programs that run from wherever the tree is put, one version everywhere,
+// files for the desktop, and libraries that another host program is built on.
 
 #include "lodex/utils/Version.h"
 
@@ -115,8 +115,8 @@ TEST_F(InstalledTree, TellsOneVersionEverywhere)
 #if HAS_WINDOWS
     manuals.emplace_back("lodex-workbench");
     EXPECT_EQ(shell(program("lodex-workbench") + " --version").out, "lodex-workbench " + version() + "\n");
-    EXPECT_NE(read(prefix / "share/metainfo/org.lodex.Workbench.metainfo.xml").find("<release version=\"" + version() + "\""),
-              std::string::npos);
+    const std::string metainfo = read(prefix / "share/metainfo/org.lodex.Workbench.metainfo.xml");
+    EXPECT_NE(metainfo.find("<release version=\"" + version() + "\""), std::string::npos);
 #endif
     for (const std::string& name : manuals) {
         const Outcome manual = shell("cat " + quoted(prefix / "share/man/man1") + "/" + name + ".1* | gzip -dcf");

@@ -3,6 +3,8 @@
 #include "apps/workbench/SectionPanel.h"
 #include "lodex/utils/CameraList.h"
 
+#include <Lodex/geobase/Property.h>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QHelpEvent>
@@ -19,6 +21,13 @@ using namespace lodex;
 
 namespace {
 
+/// What the palette says of a cell.
+QColor colour_of(SectionView& view, std::int64_t cell)
+{
+    const auto [red, green, blue] = view.colours().of(static_cast<std::size_t>(cell));
+    return {red, green, blue};
+}
+
 class SectionViewTest : public WorkbenchTest {
 protected:
     SectionViewTest()
@@ -27,7 +36,7 @@ protected:
         view.resize(700, 500);
         view.set_grid(grid);
         view.set_section(SectionAxis::J, 1);
-        view.set_colouring({Colouring::Kind::Property, "NUMBER"});
+        view.set_colouring({ColourBy::Kind::Property, "NUMBER"});
     }
 
     /// Colour in the middle of a cell of the J section 1 (0-based).
@@ -46,13 +55,26 @@ protected:
     SectionView view;
 };
 
+TEST_F(SectionViewTest, FollowsTheColoursOfTheProperty)
+{
+    const QColor before = middle_of(1, 1);
+    Lodex::Style* style = grid->property_db()->find("NUMBER")->style();
+    style->set_attribute("colormap", "grey");
+    style->set_attribute("high_clip", "1"); // lower than what the cell has: the end of the scale
+    style->update();
+    EXPECT_NE(before, QColor(0xf4f4f4));
+    EXPECT_EQ(middle_of(1, 1), QColor(0xf4f4f4));
+    run("lodex on SGrid \"" + grid->name().str() + "\" destroy_property NUMBER");
+    EXPECT_EQ(middle_of(1, 1), QColor(CellPalette::plain[0], CellPalette::plain[1], CellPalette::plain[2]));
+}
+
 TEST_F(SectionViewTest, DrawsEachCellInItsColour)
 {
     ASSERT_EQ(view.section().cells.size(), 20u);
     for (long k = 0; k < 5; ++k) {
         for (long i = 0; i < 4; ++i) {
             const std::int64_t cell = i + 4 * (1 + 3 * k);
-            EXPECT_EQ(middle_of(i, k), QColor(view.colours().of(cell))) << i << ' ' << k;
+            EXPECT_EQ(middle_of(i, k), colour_of(view, cell)) << i << ' ' << k;
             EXPECT_EQ(
                 view.cell_at(view.to_widget(100.0 * static_cast<double>(i) + 50, 1505 + 10.0 * static_cast<double>(k))),
                 cell);
@@ -132,10 +154,10 @@ TEST_F(SectionViewTest, CameraUpdateReadsTheStyleAnew)
 
 TEST_F(SectionViewTest, FollowsTheGrid)
 {
-    EXPECT_EQ(middle_of(0, 0), QColor(view.colours().of(4)));
+    EXPECT_EQ(middle_of(0, 0), colour_of(view, 4));
     const QColor before = middle_of(0, 4);
     ASSERT_TRUE(run("lodex on SGrid Box fill_property NUMBER value 3"));
-    EXPECT_EQ(middle_of(0, 4), QColor(view.colours().of(52)));
+    EXPECT_EQ(middle_of(0, 4), colour_of(view, 52));
     EXPECT_NE(middle_of(0, 4), before);
 
     ASSERT_TRUE(run("lodex destroy objects Box"));
@@ -215,7 +237,7 @@ TEST_F(SectionViewTest, MoreCellsThanPixels)
     for (const double part : {0.05, 0.5, 0.95}) {
         const QPointF place = view.to_widget(100000, 1500 + 5000 * part);
         const QColor drawn = picture.pixelColor(place.toPoint()),
-                     asked = QColor(view.colours().of(1000 + 2000 * static_cast<std::int64_t>(500 * part)));
+                     asked = colour_of(view, 1000 + 2000 * static_cast<std::int64_t>(500 * part));
         EXPECT_LT(std::abs(drawn.red() - asked.red()) + std::abs(drawn.green() - asked.green()) +
                       std::abs(drawn.blue() - asked.blue()),
                   12);

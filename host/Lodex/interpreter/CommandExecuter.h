@@ -23,8 +23,8 @@ public:
     virtual ~CommandLib() = default;
     /// Never null; not owned by the caller.
     [[nodiscard]] virtual CommandExecuter* cmd_executer() = 0;
-    /// Puts a host's own executer in place, such as one that records or checks each command before it passes it on; null
-    /// puts the library's own one back. Not owned. Returns the one that was in use.
+    /// Puts a host's own executer in place, such as one that records or checks each command before it passes it on;
+    /// null puts the library's own one back. Not owned. Returns the one that was in use.
     virtual CommandExecuter* set_cmd_executer(CommandExecuter* executer) = 0;
 };
 

@@ -1,9 +1,12 @@
-#include "WorkbenchTest.h"
+#include <lodex/gviews/CellPalette.h>
+#include <lodex/volumes/CornerPointGrid.h>
+#include <lodex/volumes/model/Create.h>
 
-#include "apps/workbench/CellColours.h"
-
+#include <Lodex/geobase/GeobaseLib.h>
 #include <Lodex/geobase/Property.h>
 #include <Lodex/geobase/Style.h>
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
@@ -15,8 +18,19 @@ namespace {
 
 constexpr QRgb viridis_low = 0xff440154, viridis_high = 0xfffde725, undefined = 0xff808080;
 
-class CellColoursTest : public WorkbenchTest {
+QRgb rgb(const CellPalette& palette, std::size_t cell)
+{
+    const auto [red, green, blue] = palette.of(cell);
+    return qRgb(red, green, blue);
+}
+
+class CellPaletteTest : public testing::Test {
 protected:
+    ~CellPaletteTest() override { Lodex::GeobaseLib::instance()->clear(); }
+    static CornerPointGrid* add_box(const std::string& name, const GridSize& size)
+    {
+        return add_grid(name, make_box(size, {100, 50, 10}, {1000, 2000, 1500}));
+    }
     template <class Value> void add(const std::string& name, std::vector<Value> values)
     {
         grid->change([&](GridModel& model) {
@@ -26,15 +40,15 @@ protected:
             model.properties.push_back(std::move(property));
         });
     }
-    [[nodiscard]] CellColours colours(const std::string& property) const
+    [[nodiscard]] CellPalette colours(const std::string& property) const
     {
-        return {*grid, {Colouring::Kind::Property, property}};
+        return {*grid, {ColourBy::Kind::Property, property}};
     }
 
     CornerPointGrid* grid = add_box("Box", {4, 1, 1});
 };
 
-TEST_F(CellColoursTest, ScaleRunsFromLeastToGreatestActiveValue)
+TEST_F(CellPaletteTest, ScaleRunsFromLeastToGreatestActiveValue)
 {
     add<float>("P", {1, 2, 4, 100});
     CornerPointGrid* other = add_grid("Inactive", [&] {
@@ -42,12 +56,12 @@ TEST_F(CellColoursTest, ScaleRunsFromLeastToGreatestActiveValue)
         model.active[3] = 0;
         return model;
     }());
-    const CellColours shown(*other, {Colouring::Kind::Property, "P"});
+    const CellPalette shown(*other, {ColourBy::Kind::Property, "P"});
     ASSERT_TRUE(shown.is_scale());
-    EXPECT_EQ(shown.of(0), viridis_low);
-    EXPECT_EQ(shown.of(2), viridis_high);
-    EXPECT_EQ(shown.of(3), viridis_high) << "beyond the clip";
-    EXPECT_EQ(QColor(shown.of(1)), shown.scale_colour(341.0 / 1023)) << "(2 - 1) / (4 - 1) in 1023 steps";
+    EXPECT_EQ(rgb(shown, 0), viridis_low);
+    EXPECT_EQ(rgb(shown, 2), viridis_high);
+    EXPECT_EQ(rgb(shown, 3), viridis_high) << "beyond the clip";
+    EXPECT_EQ(QColor(rgb(shown, 1)), shown.scale_colour(341.0 / 1023)) << "(2 - 1) / (4 - 1) in 1023 steps";
     EXPECT_EQ(shown.title(), "P");
     EXPECT_EQ(shown.value_text(1), "2");
     ASSERT_EQ(shown.ticks().size(), 4u) << "1, 2, 3, 4";
@@ -55,13 +69,13 @@ TEST_F(CellColoursTest, ScaleRunsFromLeastToGreatestActiveValue)
     EXPECT_DOUBLE_EQ(shown.ticks()[1].place, 1.0 / 3);
 }
 
-TEST_F(CellColoursTest, WideRangesAreLogarithmic)
+TEST_F(CellPaletteTest, WideRangesAreLogarithmic)
 {
     add<double>("PERM", {0.01, 0.1, 10, 1000});
-    const CellColours shown = colours("PERM");
-    EXPECT_EQ(shown.of(0), viridis_low);
-    EXPECT_EQ(shown.of(3), viridis_high);
-    EXPECT_EQ(QColor(shown.of(1)), shown.scale_colour(205.0 / 1023)) << "one of five decades: 0.2 * 1023 = 204.6";
+    const CellPalette shown = colours("PERM");
+    EXPECT_EQ(rgb(shown, 0), viridis_low);
+    EXPECT_EQ(rgb(shown, 3), viridis_high);
+    EXPECT_EQ(QColor(rgb(shown, 1)), shown.scale_colour(205.0 / 1023)) << "one of five decades: 0.2 * 1023 = 204.6";
     QStringList texts;
     for (const auto& tick : shown.ticks())
         texts.append(tick.text);
@@ -72,65 +86,65 @@ TEST_F(CellColoursTest, WideRangesAreLogarithmic)
     EXPECT_EQ(colours("ZERO").ticks().front().text, "0") << "no logarithm of 0: linear";
 }
 
-TEST_F(CellColoursTest, StyleOfThePropertyRules)
+TEST_F(CellPaletteTest, StyleOfThePropertyRules)
 {
     add<float>("P", {1, 2, 3, 4});
     Lodex::Style* style = grid->property_db()->find("P")->style();
     style->set_attribute("colormap", "grey");
     style->set_attribute("low_clip", "2");
     style->set_attribute("high_clip", "3");
-    const CellColours shown = colours("P");
-    EXPECT_EQ(shown.of(0), 0xff101010);
-    EXPECT_EQ(shown.of(1), 0xff101010);
-    EXPECT_EQ(shown.of(2), 0xfff4f4f4);
-    EXPECT_EQ(shown.of(3), 0xfff4f4f4);
+    const CellPalette shown = colours("P");
+    EXPECT_EQ(rgb(shown, 0), 0xff101010);
+    EXPECT_EQ(rgb(shown, 1), 0xff101010);
+    EXPECT_EQ(rgb(shown, 2), 0xfff4f4f4);
+    EXPECT_EQ(rgb(shown, 3), 0xfff4f4f4);
 }
 
-TEST_F(CellColoursTest, UndefinedValuesAreGrey)
+TEST_F(CellPaletteTest, UndefinedValuesAreGrey)
 {
     add<float>("P", {1, std::numeric_limits<float>::quiet_NaN(), -99.9f, 3});
     grid->change([](GridModel& model) { model.properties[0].no_data = -99.9; });
-    const CellColours shown = colours("P");
-    EXPECT_EQ(shown.of(1), undefined);
-    EXPECT_EQ(shown.of(2), undefined) << "the no-data value, in 32 bits as it is stored";
+    const CellPalette shown = colours("P");
+    EXPECT_EQ(rgb(shown, 1), undefined);
+    EXPECT_EQ(rgb(shown, 2), undefined) << "the no-data value, in 32 bits as it is stored";
     EXPECT_EQ(shown.value_text(2), "undefined");
-    EXPECT_EQ(shown.of(0), viridis_low);
-    EXPECT_EQ(shown.of(3), viridis_high);
+    EXPECT_EQ(rgb(shown, 0), viridis_low);
+    EXPECT_EQ(rgb(shown, 3), viridis_high);
 }
 
-TEST_F(CellColoursTest, OneValueAndNoValue)
+TEST_F(CellPaletteTest, OneValueAndNoValue)
 {
     add<float>("ONE", {7, 7, 7, 7});
-    const CellColours one = colours("ONE");
-    EXPECT_EQ(QColor(one.of(0)), one.scale_colour(512.0 / 1023));
+    const CellPalette one = colours("ONE");
+    EXPECT_EQ(QColor(rgb(one, 0)), one.scale_colour(512.0 / 1023));
     ASSERT_EQ(one.ticks().size(), 1u);
     EXPECT_EQ(one.ticks()[0].text, "7");
 
     add<float>("NONE", std::vector<float>(4, std::numeric_limits<float>::quiet_NaN()));
-    EXPECT_EQ(colours("NONE").of(0), undefined);
+    EXPECT_EQ(rgb(colours("NONE"), 0), undefined);
 }
 
-TEST_F(CellColoursTest, CodesHaveNamesAndDistinctColours)
+TEST_F(CellPaletteTest, CodesHaveNamesAndDistinctColours)
 {
     add<std::int32_t>("FACIES", {3, 0, 3, -1});
     grid->change([](GridModel& model) {
         model.properties[0].code_names = {{0, "shale"}, {3, "sand"}, {9, "coal"}};
         model.properties[0].no_data = -1;
     });
-    const CellColours shown = colours("FACIES");
+    const CellPalette shown = colours("FACIES");
     EXPECT_FALSE(shown.is_scale());
     ASSERT_EQ(shown.entries().size(), 2u) << "codes that are there";
     EXPECT_EQ(shown.entries()[0].text, "shale");
     EXPECT_EQ(shown.entries()[1].text, "sand");
-    EXPECT_EQ(shown.of(0), shown.entries()[1].colour.rgb());
-    EXPECT_EQ(shown.of(0), shown.of(2));
-    EXPECT_EQ(shown.of(1), shown.entries()[0].colour.rgb());
-    EXPECT_NE(shown.of(0), shown.of(1));
-    EXPECT_EQ(shown.of(3), undefined);
+    EXPECT_EQ(rgb(shown, 0), shown.entries()[1].colour.rgb());
+    EXPECT_EQ(rgb(shown, 0), rgb(shown, 2));
+    EXPECT_EQ(rgb(shown, 1), shown.entries()[0].colour.rgb());
+    EXPECT_NE(rgb(shown, 0), rgb(shown, 1));
+    EXPECT_EQ(rgb(shown, 3), undefined);
     EXPECT_EQ(shown.value_text(2), "sand");
 }
 
-TEST_F(CellColoursTest, ManyCodesKeepDistinctColours)
+TEST_F(CellPaletteTest, ManyCodesKeepDistinctColours)
 {
     CornerPointGrid* wide = add_box("Wide", {40, 1, 1});
     wide->change([](GridModel& model) {
@@ -141,32 +155,32 @@ TEST_F(CellColoursTest, ManyCodesKeepDistinctColours)
         model.properties[0].name = "CODE";
         model.properties[0].values = std::move(codes);
     });
-    const CellColours shown(*wide, {Colouring::Kind::Property, "CODE"});
+    const CellPalette shown(*wide, {ColourBy::Kind::Property, "CODE"});
     std::set<QRgb> colours;
-    for (std::int64_t cell = 0; cell < 40; ++cell)
-        colours.insert(shown.of(cell));
+    for (std::size_t cell = 0; cell < 40; ++cell)
+        colours.insert(rgb(shown, cell));
     EXPECT_EQ(colours.size(), 40u);
     EXPECT_EQ(shown.value_text(17), "17") << "a code without a name";
 }
 
-TEST_F(CellColoursTest, UnitsAreBandsOfLayers)
+TEST_F(CellPaletteTest, UnitsAreBandsOfLayers)
 {
     CornerPointGrid* layered = add_box("Layered", {2, 1, 5});
     layered->change([](GridModel& model) {
         model.layers = {{.unit = "Upper", .nb_k_cells = 1}, {.unit = "Lower", .nb_k_cells = 3}};
     });
-    const CellColours shown(*layered, {Colouring::Kind::Unit, {}});
+    const CellPalette shown(*layered, {ColourBy::Kind::Unit, {}});
     ASSERT_EQ(shown.entries().size(), 2u);
-    EXPECT_EQ(shown.of(0), shown.entries()[0].colour.rgb());
-    EXPECT_EQ(shown.of(1), shown.of(0));
-    EXPECT_EQ(shown.of(2), shown.entries()[1].colour.rgb()) << "first cell of the second layer";
-    EXPECT_EQ(shown.of(7), shown.of(2)) << "last cell of the fourth layer";
-    EXPECT_EQ(shown.of(8), undefined) << "no unit holds the fifth layer";
+    EXPECT_EQ(rgb(shown, 0), shown.entries()[0].colour.rgb());
+    EXPECT_EQ(rgb(shown, 1), rgb(shown, 0));
+    EXPECT_EQ(rgb(shown, 2), shown.entries()[1].colour.rgb()) << "first cell of the second layer";
+    EXPECT_EQ(rgb(shown, 7), rgb(shown, 2)) << "last cell of the fourth layer";
+    EXPECT_EQ(rgb(shown, 8), undefined) << "no unit holds the fifth layer";
     EXPECT_EQ(shown.value_text(0), "Upper");
     EXPECT_EQ(shown.value_text(8), "");
 }
 
-TEST_F(CellColoursTest, WhatIsNotThereColoursAllAlike)
+TEST_F(CellPaletteTest, WhatIsNotThereColoursAllAlike)
 {
     grid->change([](GridModel& model) {
         PropertyData property;
@@ -175,9 +189,9 @@ TEST_F(CellColoursTest, WhatIsNotThereColoursAllAlike)
         property.on_points = true;
         model.properties.push_back(std::move(property));
     });
-    for (const CellColours& shown : {CellColours(), colours("MISSING"), colours("ON_POINTS"),
-                                     CellColours(*grid, {Colouring::Kind::Unit, {}}), CellColours(*grid, {})}) {
-        EXPECT_EQ(shown.of(0), shown.of(3));
+    for (const CellPalette& shown : {CellPalette(), colours("MISSING"), colours("ON_POINTS"),
+                                     CellPalette(*grid, {ColourBy::Kind::Unit, {}}), CellPalette(*grid, {})}) {
+        EXPECT_EQ(rgb(shown, 0), rgb(shown, 3));
         EXPECT_TRUE(shown.title().isEmpty());
         EXPECT_TRUE(shown.value_text(0).isEmpty());
         EXPECT_TRUE(shown.entries().empty());
@@ -185,36 +199,25 @@ TEST_F(CellColoursTest, WhatIsNotThereColoursAllAlike)
     }
 }
 
-TEST_F(CellColoursTest, UnitOfThePropertyStandsInTheTitle)
+TEST_F(CellPaletteTest, UnitOfThePropertyStandsInTheTitle)
 {
     add<float>("PERMX", {1, 2, 3, 4});
     grid->change([](GridModel& model) { model.properties[0].unit = "mD"; });
     EXPECT_EQ(colours("PERMX").title(), "PERMX [mD]");
 }
 
-TEST(RoundNumbers, AreRoundAndInside)
+TEST(RoundTicks, AreRoundAndInside)
 {
-    EXPECT_EQ(round_numbers(0, 10, 5), (std::vector<double>{0, 2, 4, 6, 8, 10}));
-    EXPECT_EQ(round_numbers(1925, 2260, 7), (std::vector<double>{1950, 2000, 2050, 2100, 2150, 2200, 2250}));
-    EXPECT_EQ(round_numbers(-3, 3, 3), (std::vector<double>{-2, 0, 2}));
-    const auto tenths = round_numbers(0.1, 0.3, 2);
+    EXPECT_EQ(round_ticks(0, 10, 5), (std::vector<double>{0, 2, 4, 6, 8, 10}));
+    EXPECT_EQ(round_ticks(1925, 2260, 7), (std::vector<double>{1950, 2000, 2050, 2100, 2150, 2200, 2250}));
+    EXPECT_EQ(round_ticks(-3, 3, 3), (std::vector<double>{-2, 0, 2}));
+    const auto tenths = round_ticks(0.1, 0.3, 2);
     ASSERT_EQ(tenths.size(), 3u) << "both ends count although 3 * 0.1 is above 0.3";
     EXPECT_DOUBLE_EQ(tenths[2], 0.3);
-    EXPECT_TRUE(round_numbers(5, 5, 5).empty());
-    EXPECT_TRUE(round_numbers(6, 5, 5).empty());
-    EXPECT_TRUE(round_numbers(0, std::numeric_limits<double>::infinity(), 5).empty());
-    EXPECT_TRUE(round_numbers(std::nan(""), 1, 5).empty());
-}
-
-TEST(Grouped, PutsBlanksBetweenGroupsOfThree)
-{
-    const QString blank(QChar(0x202f));
-    EXPECT_EQ(grouped(0), "0");
-    EXPECT_EQ(grouped(999), "999");
-    EXPECT_EQ(grouped(1000), "1" + blank + "000");
-    EXPECT_EQ(grouped(1234567), "1" + blank + "234" + blank + "567");
-    EXPECT_EQ(grouped(-123), "-123");
-    EXPECT_EQ(grouped(-1234), "-1" + blank + "234");
+    EXPECT_TRUE(round_ticks(5, 5, 5).empty());
+    EXPECT_TRUE(round_ticks(6, 5, 5).empty());
+    EXPECT_TRUE(round_ticks(0, std::numeric_limits<double>::infinity(), 5).empty());
+    EXPECT_TRUE(round_ticks(std::nan(""), 1, 5).empty());
 }
 
 } // namespace
