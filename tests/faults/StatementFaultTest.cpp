@@ -88,6 +88,23 @@ void* operator new(std::size_t size, std::align_val_t alignment)
         return place;
     throw std::bad_alloc();
 }
+// The standard library's own would do the same; a sanitizer brings others, which do not fit the deletes below.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
+{
+    try {
+        return operator new(size, alignment);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 void operator delete(void* place) noexcept
 {
     std::free(place);
