@@ -305,7 +305,7 @@ TEST_F(FileFaults, ARecordThatThisProgramWouldNotWriteChangesNothing)
     };
     for (const char* name : {".1-1.redo", ".1-1.undo"}) {
         check(record("mine", "mine"), name);
-        check(record("../work/mine", "../work/mine"), name);
+        check(record("../elsewhere/mine", "../elsewhere/mine"), name);
         check(record(".a/../mine.1-1.tmp", "a/../mine"), name);
         check(head, name);
         check("", name);

@@ -21,11 +21,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iostream>
 #include <new>
 #include <sstream>
 #include <string>
@@ -463,8 +461,9 @@ TEST_F(StatementFaults, SmallFilesThatClaimHugeGridsAreRefusedAtOnce)
         const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         EXPECT_NE(message.find(name), std::string::npos) << name << ": " << message;
         // The text reader takes addresses for as many values as the grid may have, and memory as they come.
-        if (!name.ends_with(".grdecl"))
+        if (!name.ends_with(".grdecl")) {
             EXPECT_LT(memory.bytes, std::size_t{32} << 20) << name << ": " << message;
+        }
         EXPECT_LT(seconds, 5) << name;
     }
 
@@ -477,72 +476,4 @@ TEST_F(StatementFaults, SmallFilesThatClaimHugeGridsAreRefusedAtOnce)
     EXPECT_EQ(lodex::read_layer_file(file("layers.txt")).sizes, (std::vector<std::int64_t>{999999999}));
     memory.stop();
     EXPECT_LT(memory.bytes, std::size_t{8} << 20);
-}
-
-// A measurement, not a test of the machine's speed: run it by hand with --gtest_also_run_disabled_tests.
-TEST_F(StatementFaults, DISABLED_LongestTimeBetweenTwoProgressCalls)
-{
-    class Clock : public Lodex::ProgressSink {
-    public:
-        void begin(const Lodex::CString&) override { tick(); }
-        bool progress(double done) override
-        {
-            tick();
-            last_ = done;
-            return true;
-        }
-        void end() override { tick(); }
-        void start()
-        {
-            longest = 0, calls = 0, last_ = 0;
-            then_ = now();
-        }
-        /// Processor time of all threads: on a busy machine it says more than the time on the wall.
-        static double now() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
-
-        double longest = 0, after = 0;
-        long calls = 0;
-
-    private:
-        void tick()
-        {
-            const double time = now();
-            if (time - then_ > longest) {
-                longest = time - then_;
-                after = last_;
-            }
-            then_ = time;
-            ++calls;
-        }
-        double then_ = 0, last_ = 0;
-    } clock;
-    Lodex::ProgressSink* const former = Lodex::ProgressTracer::set_sink(&clock);
-    const std::string size = "120+100+100", big = std::string("lodex create example name Fine size ") + size;
-    std::vector<std::string> all{big, "lodex sgrid_merge_multiple_sections name Coarse sgrid Fine direction \"vertical\" sections 0+1+2+3+4+7 "
-                                      "copy_properties 1"};
-    for (const char* ending : {"grdecl", "EGRID", "FEGRID", "roff", "roffasc", "bgrdecl"})
-        all.push_back("lodex export sgrid Fine file \"" + file("in_" + std::string(ending) + "." + ending) + "\"");
-    for (const std::string& statement : statements())
-        all.push_back(statement);
-    Lodex::GeobaseLib::instance()->clear();
-    std::ofstream values(file("values.txt"));
-    for (int cell = 0; cell < 120 * 100 * 100; ++cell)
-        values << cell << ".25\n";
-    values.close();
-    for (std::string statement : all) {
-        for (const auto& [small, large] : {std::pair<std::string, std::string>{"12+10+8", size}, {"9+9+9", "150+100+100"}, {"sizes 3+5", "sizes 40+60"}})
-            if (const auto at = statement.find(small); at != std::string::npos)
-                statement.replace(at, small.size(), large);
-        clock.start();
-        const double start = Clock::now();
-        const auto results = Interpreter::instance().run(statement);
-        const double seconds = Clock::now() - start;
-        std::cout << (results[0].status == StatementStatus::Done ? "" : results[0].message + "\n") << clock.longest << " s of " << seconds
-                  << " s, " << clock.calls << " calls, longest after " << clock.after << ": " << statement.substr(0, 110) << std::endl;
-        EXPECT_LT(clock.longest, 2) << statement;
-        if (Lodex::GObj* made = lodex::find_grid("Made"))
-            Lodex::GeobaseLib::instance()->destroy(made);
-        remove_output();
-    }
-    Lodex::ProgressTracer::set_sink(former);
 }
