@@ -197,9 +197,13 @@ public:
             }
         });
     }
+    /// What runs goes on to its end; its failure is of no interest any more.
+    void cancel() { cancelled_ = true; }
     void wait()
     {
         join();
+        if (std::exchange(cancelled_, false))
+            failure_ = nullptr;
         if (failure_)
             std::rethrow_exception(std::exchange(failure_, nullptr));
     }
@@ -214,6 +218,7 @@ private:
 
     std::mutex guard_;
     std::exception_ptr failure_;
+    bool cancelled_ = false; ///< of the thread that waits
     std::vector<std::thread> threads_;
 };
 
