@@ -7,7 +7,7 @@ packages=(
     libtbb-dev libhdf5-dev libdeflate-dev libfmt-dev libeigen3-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     qt6-tools-dev qt6-l10n-tools qt6-translations-l10n
-    xvfb xauth fonts-dejavu-core
+    xvfb xauth fonts-dejavu-core groff-base
 )
 
 say() { printf '== %s\n' "$*" >&2; }

@@ -34,30 +34,6 @@ constexpr qint64 events_every = 30; // ms
 constexpr int looks_every = 250;    // ms
 const QLatin1String about_file("about.json"), lock_ending(".lock"), session_start("session-");
 
-bool is_input(QEvent::Type type)
-{
-    switch (type) {
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseButtonDblClick:
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-    case QEvent::Shortcut:
-    case QEvent::Wheel:
-    case QEvent::TouchBegin:
-    case QEvent::TouchUpdate:
-    case QEvent::TouchEnd:
-    case QEvent::TabletPress:
-    case QEvent::TabletRelease:
-    case QEvent::ContextMenu:
-    case QEvent::DragEnter:
-    case QEvent::DragMove:
-    case QEvent::Drop:
-    case QEvent::Close: return true;
-    default: return false;
-    }
-}
-
 json read_about(const QString& path)
 {
     QFile file(path);
@@ -306,7 +282,7 @@ void Autosave::carry_out_input()
 
 bool Autosave::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!is_input(event->type()))
+    if (!is_user_input(event->type()))
         return QObject::eventFilter(watched, event);
     since_input_.start();
     if (!running_)

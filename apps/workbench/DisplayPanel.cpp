@@ -1,5 +1,6 @@
 #include "DisplayPanel.h"
 
+#include "Named.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/CornerPointGrid.h"
 #include "lodex/volumes/model/PropertyTools.h"
@@ -38,14 +39,6 @@ namespace lodex {
 namespace {
 
 constexpr std::size_t most_codes = 200;
-
-template <class Widget> Widget* named(Widget* widget, const char* name, const QString& tip)
-{
-    widget->setObjectName(name);
-    widget->setToolTip(tip);
-    widget->setAccessibleDescription(tip);
-    return widget;
-}
 
 /// Least and greatest coordinates of a grid's pillars.
 struct Box {

@@ -22,34 +22,6 @@ namespace {
 constexpr qint64 kEventsEvery = 40; // ms
 constexpr int kBarSteps = 1000;
 
-/// What could start something in a window.
-bool is_user_input(QEvent::Type type)
-{
-    switch (type) {
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseButtonDblClick:
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-    case QEvent::Shortcut:
-    case QEvent::ShortcutOverride:
-    case QEvent::Wheel:
-    case QEvent::TouchBegin:
-    case QEvent::TouchUpdate:
-    case QEvent::TouchEnd:
-    case QEvent::TabletPress:
-    case QEvent::TabletRelease:
-    case QEvent::ContextMenu:
-    case QEvent::DragEnter:
-    case QEvent::DragMove:
-    case QEvent::Drop:
-    case QEvent::Close:
-        return true;
-    default:
-        return false;
-    }
-}
-
 } // namespace
 
 struct QtProgressSink::Window : QDialog {
@@ -184,7 +156,7 @@ bool QtProgressSink::may_answer(const QObject* watched) const
 
 bool QtProgressSink::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!working_ || !is_user_input(event->type()) || may_answer(watched))
+    if (!working_ || !(is_user_input(event->type()) || event->type() == QEvent::ShortcutOverride) || may_answer(watched))
         return QObject::eventFilter(watched, event);
     if (event->type() == QEvent::Close)
         event->ignore();

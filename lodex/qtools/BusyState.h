@@ -1,8 +1,12 @@
 #pragma once
 
+#include <QEvent>
 #include <QObject>
 
 namespace lodex {
+
+/// What a person does that could start something in a window.
+[[nodiscard]] bool is_user_input(QEvent::Type type);
 
 /// Tells whether a long command is running on the GUI thread while events are processed below it. What must not happen
 /// in the middle of such a command (closing a window whose slot is still on the stack, a message box) waits for

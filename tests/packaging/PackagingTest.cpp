@@ -159,8 +159,7 @@ TEST_F(InstalledTree, DesktopFindsProgramPicturesAndFileType)
 
 TEST_F(InstalledTree, CompletesVerbsAndOptions)
 {
-    if (!has_program("bash"))
-        GTEST_SKIP() << "there is no bash";
+    ASSERT_TRUE(has_program("bash"));
     const auto completed = [](const std::string& words) {
         const fs::path script = prefix / "share/bash-completion/completions/lodex";
         const Outcome outcome = shell("PATH=" + quoted(prefix / "bin") + ":$PATH bash -c 'source \"" + script.string() +
@@ -191,8 +190,7 @@ TEST_F(InstalledTree, CompletesVerbsAndOptions)
 
 TEST_F(InstalledTree, ManualPagesHaveNoFaults)
 {
-    if (!has_program("groff"))
-        GTEST_SKIP() << "there is no groff";
+    ASSERT_TRUE(has_program("groff"));
     EXPECT_EQ(shell("for page in " + quoted(prefix / "share/man/man1") +
                     "/*; do gzip -dcf \"$page\" | groff -man -Tutf8 -ww -z; done")
                   .out,

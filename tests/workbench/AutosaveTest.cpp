@@ -141,8 +141,16 @@ TEST_F(AutosaveTest, InputStopsACopyAndIsNotLost)
         EXPECT_EQ(console->text(), "") << "not while the project is written";
     });
     QObject::connect(&autosave, &Autosave::finished, [&](bool done) { ended = done; });
-    if (autosave.keep_now() && !typed)
-        GTEST_SKIP() << "this machine wrote the copy before anything could happen";
+    // A fast machine may write the copy before anything can happen: then a larger one.
+    for (const char* size : {"120+100+100", "200+200+100"}) {
+        (void)autosave.keep_now();
+        if (typed)
+            break;
+        ASSERT_TRUE(run("lodex destroy objects Example"));
+        make_field(size);
+    }
+    if (!typed)
+        (void)autosave.keep_now();
     ASSERT_TRUE(typed);
     EXPECT_FALSE(ended);
     EXPECT_FALSE(autosave.has_copy());

@@ -163,11 +163,8 @@ TEST_F(TranslationTest, EveryTextOfTheSourcesIsFinishedInFrench)
     ASSERT_TRUE(QFile::copy(SOURCE_DIR "/translations/lodex_fr.ts", copy));
     QProcess tool;
     tool.start(SOURCE_DIR "/tools/update-translations", {copy});
-    if (!tool.waitForStarted())
-        GTEST_SKIP() << "there is no bash here";
+    ASSERT_TRUE(tool.waitForStarted());
     ASSERT_TRUE(tool.waitForFinished(120000));
-    if (tool.exitCode() == 2)
-        GTEST_SKIP() << tool.readAllStandardError().toStdString();
     ASSERT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
     QFile texts(copy);
     ASSERT_TRUE(texts.open(QIODevice::ReadOnly));

@@ -1,5 +1,6 @@
 #include "NumbersWindow.h"
 
+#include "apps/workbench/Named.h"
 #include "Plots.h"
 #include "lodex/utils/Numbers.h"
 #include "lodex/volumes/PropertyComparison.h"
@@ -31,13 +32,6 @@ namespace lodex {
 namespace {
 
 constexpr std::size_t most_dots = 20000;
-
-template <class Widget> Widget* named(Widget* widget, const char* name, const QString& tip)
-{
-    widget->setObjectName(name);
-    widget->setToolTip(tip);
-    return widget;
-}
 
 /// As shown, with fewer digits than the tables that are copied.
 QString number_text(double value)
